@@ -1,0 +1,35 @@
+# Helpers shared by the project's CMake files. Sources are collected per folder so
+# that adding a file pair to a module needs no edit of the build files.
+
+set(KIV_ROOT ${CMAKE_CURRENT_LIST_DIR}/..)
+
+function(kiv_apply_options target)
+  target_compile_options(${target} PRIVATE -Wall -Wextra)
+  if(KIV_WERROR)
+    target_compile_options(${target} PRIVATE -Werror)
+  endif()
+  if(KIV_SANITIZE)
+    target_compile_options(${target} PRIVATE -fsanitize=address,undefined -fno-omit-frame-pointer
+                                             -fno-sanitize-recover=undefined)
+    target_link_options(${target} PRIVATE -fsanitize=address,undefined)
+  endif()
+endfunction()
+
+# kiv_library(<name> DIRS <dir>... [LINKS <target>...])
+# A library made of every .cpp file in the given folders (relative to the repository root).
+function(kiv_library name)
+  cmake_parse_arguments(ARG "" "" "DIRS;LINKS" ${ARGN})
+  set(sources)
+  foreach(dir ${ARG_DIRS})
+    file(GLOB found CONFIGURE_DEPENDS ${KIV_ROOT}/${dir}/*.cpp)
+    list(APPEND sources ${found})
+  endforeach()
+  add_library(${name} ${sources})
+  target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${KIV_ROOT}>)
+  target_compile_features(${name} PUBLIC cxx_std_20)
+  target_link_libraries(${name} PUBLIC ${ARG_LINKS})
+  if(KIV_SANITIZE)
+    target_link_options(${name} INTERFACE -fsanitize=address,undefined)
+  endif()
+  kiv_apply_options(${name})
+endfunction()

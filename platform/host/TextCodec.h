@@ -1,0 +1,23 @@
+// Conversions between the system's wide text and the byte encodings met at file and
+// host boundaries: UTF-8, UTF-16LE (surrogate pairs beyond the BMP) and Latin-1.
+// Decoders never fail: a malformed sequence becomes U+FFFD and decoding goes on.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace kiv_text {
+
+std::string ToUtf8(std::wstring_view text);
+std::wstring FromUtf8(std::string_view bytes);
+std::string ToUtf16Le(std::wstring_view text);       // no BOM
+std::wstring FromUtf16Le(std::string_view bytes);    // no BOM expected; an odd last byte is dropped
+std::string ToLatin1(std::wstring_view text);        // characters beyond U+00FF become '?'
+std::wstring FromLatin1(std::string_view bytes);
+
+// Decodes a whole text file by its byte-order mark: FF FE is UTF-16LE, EF BB BF is UTF-8;
+// without a mark, valid UTF-8 is read as UTF-8 and anything else as Latin-1.
+enum class Encoding { Latin1, Utf8, Utf8Bom, Utf16LeBom };
+std::wstring DecodeText(std::string_view bytes, Encoding* found = nullptr);
+
+}  // namespace kiv_text

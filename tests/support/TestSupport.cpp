@@ -1,0 +1,66 @@
+#include "tests/support/TestSupport.h"
+
+#include <clocale>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <locale>
+#include <mutex>
+#include <stdexcept>
+
+namespace kiv_test {
+
+TempDeviceRoot::TempDeviceRoot() {
+    std::string tmpl = (std::filesystem::temp_directory_path() / "kivtest-XXXXXX").string();
+    if (!::mkdtemp(tmpl.data())) throw std::runtime_error("mkdtemp failed");
+    path_ = tmpl;
+    kiv_host::ResetForTesting();
+    kiv_host::SetDeviceRoot(path_);
+}
+
+TempDeviceRoot::~TempDeviceRoot() {
+    kiv_host::ResetForTesting();
+    std::error_code ec;
+    std::filesystem::remove_all(path_, ec);
+}
+
+std::string TempDeviceRoot::HostPath(const std::wstring& devicePath) const {
+    return kiv_host::ToHostPath(devicePath);
+}
+
+LogCapture::LogCapture() {
+    kiv_host::SetLogSink([this](const kiv_host::LogEntry& e) { entries_.push_back(e); });
+}
+
+LogCapture::~LogCapture() { kiv_host::SetLogSink(nullptr); }
+
+ScopedLocale::ScopedLocale(const char* name) {
+    const char* prev = std::setlocale(LC_ALL, nullptr);
+    previous_ = prev ? prev : "C";
+    ok_ = std::setlocale(LC_ALL, name) != nullptr;
+    if (ok_) {
+        try {
+            std::locale::global(std::locale(name));
+        } catch (const std::exception&) {
+        }
+    }
+}
+
+ScopedLocale::~ScopedLocale() {
+    std::setlocale(LC_ALL, previous_.c_str());
+    std::locale::global(std::locale::classic());
+}
+
+std::string ReadFileBytes(const std::string& hostPath) {
+    std::ifstream in(hostPath, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+void WriteFileBytes(const std::string& hostPath, const std::string& bytes) {
+    std::filesystem::create_directories(std::filesystem::path(hostPath).parent_path());
+    std::ofstream out(hostPath, std::ios::binary | std::ios::trunc);
+    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+}  // namespace kiv_test
