@@ -1,0 +1,81 @@
+// CRC-16: catalogue check values, incremental use, the logged failures, and the
+// identity of the sliced fast path with the plain byte-table loop.
+#include "utils/settings/CRC16.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+#include <vector>
+
+#include "tests/support/TestSupport.h"
+
+namespace {
+
+unsigned short ByteLoop(const unsigned short* table, unsigned short crc, const unsigned char* p, int n) {
+    for (int i = 0; i < n; ++i) crc = static_cast<unsigned short>(table[(p[i] ^ (crc >> 8)) & 0xFF] ^ (crc << 8));
+    return crc;
+}
+
+}  // namespace
+
+TEST(CRC16Catalogue, MatchesXmodemAndCcittFalseCheckValues) {
+    CCRC16 crc;
+    EXPECT_EQ(crc.ComputeCRC16(0, "123456789", 9), 0x31C3);
+    EXPECT_EQ(crc.ComputeCRC16(0xFFFF, "123456789", 9), 0x29B1);
+}
+
+TEST(CRC16Catalogue, TableHoldsThePolynomialSteps) {
+    CCRC16 crc;
+    const unsigned short* table = crc.CRC16Init();
+    EXPECT_EQ(table[0], 0);
+    EXPECT_EQ(table[1], 0x1021);
+    EXPECT_EQ(table[255], 0x1EF0);
+}
+
+TEST(CRC16Incremental, PiecesGiveTheSameValueAsOneCall) {
+    CCRC16 crc;
+    const unsigned short first = crc.ComputeCRC16(0, "1234", 4);
+    EXPECT_EQ(crc.ComputeCRC16(first, "56789", 5), 0x31C3);
+    EXPECT_EQ(crc.ComputeCRC16(0x1234, "x", 0), 0x1234);
+}
+
+TEST(CRC16Failures, NegativeLengthAndNullBufferAreLoggedAndGiveZero) {
+    kiv_test::LogCapture log;
+    CCRC16 crc;
+    EXPECT_EQ(crc.ComputeCRC16(0xFFFF, "abc", -1), 0);
+    EXPECT_EQ(crc.ComputeCRC16(0xFFFF, nullptr, 5), 0);
+    ASSERT_EQ(log.count(), 2u);
+    EXPECT_EQ(log.entries()[0].level, 1);
+    EXPECT_EQ(log.entries()[0].text, L"CCRC16::ComputeCRC16: tablem length -1 < 0");
+    EXPECT_EQ(log.entries()[1].text, L"CCRC16::ComputeCRC16: tablem length 5 < 0");
+}
+
+TEST(CRC16FastPath, EqualsTheByteLoopForEveryLengthAndAlignment) {
+    std::vector<unsigned char> bytes(4096 + 8);
+    std::mt19937 rng(7);
+    for (auto& b : bytes) b = static_cast<unsigned char>(rng());
+    CCRC16 crc;
+    const unsigned short* table = crc.CRC16Init();
+    for (int offset = 0; offset < 8; ++offset) {
+        const unsigned char* p = bytes.data() + offset;
+        for (int n = 0; n <= 4096; ++n) {
+            const unsigned short start = static_cast<unsigned short>(n * 40503u);
+            ASSERT_EQ(crc.ComputeCRC16(start, p, n), ByteLoop(table, start, p, n)) << "length " << n << " offset " << offset;
+        }
+    }
+}
+
+TEST(CRC16Objects, CopiesAndFactoryInstancesComputeAlike) {
+    CCRC16 a;
+    CCRC16 b(a);
+    CCRC16 c;
+    c = a;
+    CCRC16* made = CreateCRC16();
+    ASSERT_NE(made, nullptr);
+    EXPECT_EQ(b.ComputeCRC16(0, "123456789", 9), 0x31C3);
+    EXPECT_EQ(c.ComputeCRC16(0, "123456789", 9), 0x31C3);
+    EXPECT_EQ(made->ComputeCRC16(0xFFFF, "123456789", 9), 0x29B1);
+    DeleteCRC16(made);
+    DeleteCRC16(nullptr);
+}
