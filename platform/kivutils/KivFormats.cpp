@@ -16,31 +16,30 @@ constexpr size_t kMaxNumberChars = 4096;
 
 bool IsDigit(wchar_t c) { return c >= L'0' && c <= L'9'; }
 
-// Checks the decimal grammar on [p, e) and copies it to ASCII; false when it is not one.
-bool NarrowDecimal(std::wstring_view s, std::string& out) {
-    size_t i = 0;
-    out.clear();
+// Checks the decimal grammar of `s` and copies it to ASCII in `out` (room for s.size()
+// characters); returns the ASCII length, 0 when `s` is not a decimal number.
+size_t NarrowDecimal(std::wstring_view s, char* out) {
+    size_t i = 0, n = 0;
     if (i < s.size() && (s[i] == L'+' || s[i] == L'-')) {
-        if (s[i] == L'-') out.push_back('-');
+        if (s[i] == L'-') out[n++] = '-';
         ++i;
     }
     size_t digits = 0;
-    while (i < s.size() && IsDigit(s[i])) out.push_back(static_cast<char>(s[i++])), ++digits;
+    for (; i < s.size() && IsDigit(s[i]); ++i, ++digits) out[n++] = static_cast<char>(s[i]);
     if (i < s.size() && s[i] == L'.') {
-        out.push_back('.');
-        ++i;
-        while (i < s.size() && IsDigit(s[i])) out.push_back(static_cast<char>(s[i++])), ++digits;
+        out[n++] = '.';
+        for (++i; i < s.size() && IsDigit(s[i]); ++i, ++digits) out[n++] = static_cast<char>(s[i]);
     }
-    if (digits == 0) return false;
+    if (digits == 0) return 0;
     if (i < s.size() && (s[i] == L'e' || s[i] == L'E')) {
-        out.push_back('e');
+        out[n++] = 'e';
         ++i;
-        if (i < s.size() && (s[i] == L'+' || s[i] == L'-')) out.push_back(static_cast<char>(s[i++]));
+        if (i < s.size() && (s[i] == L'+' || s[i] == L'-')) out[n++] = static_cast<char>(s[i++]);
         size_t expDigits = 0;
-        while (i < s.size() && IsDigit(s[i])) out.push_back(static_cast<char>(s[i++])), ++expDigits;
-        if (expDigits == 0) return false;
+        for (; i < s.size() && IsDigit(s[i]); ++i, ++expDigits) out[n++] = static_cast<char>(s[i]);
+        if (expDigits == 0) return 0;
     }
-    return i == s.size();
+    return i == s.size() ? n : 0;
 }
 
 std::wstring_view TrimBlanks(std::wstring_view s) {
@@ -49,7 +48,7 @@ std::wstring_view TrimBlanks(std::wstring_view s) {
     return s;
 }
 
-bool ParseAscii(const std::string& ascii, double& value) {
+bool ParseAscii(std::string_view ascii, double& value) {
     double v;
     const auto [ptr, ec] = std::from_chars(ascii.data(), ascii.data() + ascii.size(), v);
     if (ec != std::errc() || ptr != ascii.data() + ascii.size() || !std::isfinite(v)) return false;
@@ -178,11 +177,15 @@ bool ReadAngle(std::wstring_view text, double& degrees, size_t& consumed, bool w
 
 bool StringToDouble(const wchar_t* text, double& value) {
     if (!text) return false;
+    return StringToDoubleView(text, value);
+}
+
+bool StringToDoubleView(std::wstring_view text, double& value) {
     const std::wstring_view s = TrimBlanks(text);
     if (s.empty() || s.size() > kMaxNumberChars) return false;
-    std::string ascii;
-    ascii.reserve(s.size());
-    return NarrowDecimal(s, ascii) && ParseAscii(ascii, value);
+    char ascii[kMaxNumberChars];
+    const size_t n = NarrowDecimal(s, ascii);
+    return n > 0 && ParseAscii(std::string_view(ascii, n), value);
 }
 
 bool StringToDegree(const wchar_t* text, double& degrees, const wchar_t** end) {

@@ -3,6 +3,8 @@
 // read as surveyors type them and written with or without their marks.
 #pragma once
 
+#include <string_view>
+
 #include "platform/kivutils/KivArray.h"
 #include "platform/kivutils/KivString.h"
 
@@ -16,6 +18,8 @@ constexpr int kDefaultPrecision = 6;
 // else, an empty text, infinities, NaN and numbers beyond the double range give false;
 // value is then left as it was.
 bool StringToDouble(const wchar_t* text, double& value);
+// The same reading of a text that need not end in a null character.
+bool StringToDoubleView(std::wstring_view text, double& value);
 
 // Reads a sexagesimal angle into decimal degrees. Accepted: degrees, minutes, seconds,
 // each followed by its mark (degrees by U+00B0, U+00BA, 'd' or 'D'; minutes by ', U+2032
