@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <mutex>
 #include <optional>
@@ -137,7 +138,10 @@ std::string GetDeviceRoot() {
 
 std::string ToHostPath(std::wstring_view path) {
     if (!path.empty() && path.front() == L'\\') return MapUnderRoot(GetDeviceRoot(), path);
-    return kiv_text::ToUtf8(path);
+    std::string host = kiv_text::ToUtf8(path);
+    // A relative name spelled the device's way (sub\a.ini) still finds its folder.
+    if (!path.empty() && path.front() != L'/') std::replace(host.begin(), host.end(), '\\', '/');
+    return host;
 }
 
 void SetBaseFolders(const std::wstring& exe, const std::wstring& root, const std::wstring& docs) {
