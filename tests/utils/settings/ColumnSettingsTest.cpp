@@ -1,0 +1,113 @@
+// Column settings: reading a list's order and flags from "columns.ini", writing them back
+// on destruction beside other lists' records, and index checks.
+#include "utils/settings/ColumnSettings.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+
+#include "platform/kivutils/IniFile.h"
+#include "platform/win32/Win32.h"
+#include "tests/support/TestSupport.h"
+
+namespace {
+
+const wchar_t kFile[] = L"\\Zeb\\columns.ini";
+
+class ColumnSettingsTest : public ::testing::Test {
+protected:
+    ColumnSettingsTest() {
+        kiv_host::SetBaseFolders(L"", L"\\Zeb", L"");
+        CreateDirectoryW(L"\\Zeb", nullptr);
+    }
+    void WriteRecords(std::initializer_list<std::array<const wchar_t*, 3>> records) {
+        kiv_settings::CThreeTupleStore store;
+        for (auto& r : records) store.SetValue(r[0], r[1], r[2]);
+        ASSERT_TRUE(kiv_settings::writeSettingsAsIni(kFile, store, kiv_settings::eEncodingUtf16LE));
+    }
+    kiv_settings::CThreeTupleStore ReadBack() {
+        kiv_settings::CThreeTupleStore store;
+        kiv_settings::ETextEncoding encoding;
+        EXPECT_TRUE(kiv_settings::readSettingsAsIni(kFile, store, encoding));
+        return store;
+    }
+    kiv_test::TempDeviceRoot root_;
+};
+
+}  // namespace
+
+TEST_F(ColumnSettingsTest, ReadsOrderAndShowFlags) {
+    WriteRecords({{L"Points", L"order", L"Name Code Height"}, {L"Points", L"show", L"1 0"}});
+    CColumnSettings c(L"Points");
+    ASSERT_EQ(c.getColumnCount(), 3);
+    EXPECT_STREQ(c.getColumnId(0), L"Name");
+    EXPECT_STREQ(c.getColumnId(2), L"Height");
+    EXPECT_TRUE(c.getColumnShowFlag(0));
+    EXPECT_FALSE(c.getColumnShowFlag(1));
+    EXPECT_TRUE(c.getColumnShowFlag(2));  // a missing flag leaves the column shown
+}
+
+TEST_F(ColumnSettingsTest, OutOfRangeIndexesGiveNullAndFalse) {
+    WriteRecords({{L"Points", L"order", L"Name"}, {L"Points", L"show", L"1 1 1"}});
+    CColumnSettings c(L"Points");
+    EXPECT_EQ(c.getColumnCount(), 1);
+    EXPECT_EQ(c.getColumnId(-1), nullptr);
+    EXPECT_EQ(c.getColumnId(1), nullptr);
+    EXPECT_FALSE(c.getColumnShowFlag(1));
+}
+
+TEST_F(ColumnSettingsTest, NewListIsWrittenBesideOtherLists) {
+    WriteRecords({{L"Points", L"order", L"Name Code"}, {L"Points", L"show", L"1 1"}});
+    {
+        CColumnSettings c(L"Lines");
+        EXPECT_EQ(c.getColumnCount(), 0);
+        c.addColumn(L"Start", true);
+        c.addColumn(L"End", false);
+    }
+    const auto store = ReadBack();
+    EXPECT_EQ(store.GetValue(L"Lines", L"order"), L"Start End");
+    EXPECT_EQ(store.GetValue(L"Lines", L"show"), L"1 0");
+    EXPECT_EQ(store.GetValue(L"Points", L"order"), L"Name Code");
+}
+
+TEST_F(ColumnSettingsTest, MissingFileGivesNoColumnsAndIsWrittenOnDestruction) {
+    {
+        CColumnSettings c(L"Codes");
+        EXPECT_EQ(c.getColumnCount(), 0);
+        c.addColumn(L"Code", true);
+    }
+    EXPECT_EQ(ReadBack().GetValue(L"Codes", L"order"), L"Code");
+}
+
+TEST_F(ColumnSettingsTest, IdWithASpaceSplitsAfterSaveAndLoad) {
+    {
+        CColumnSettings c(L"L");
+        c.addColumn(L"Point Name", false);
+    }
+    CColumnSettings c(L"L");
+    ASSERT_EQ(c.getColumnCount(), 2);
+    EXPECT_STREQ(c.getColumnId(0), L"Point");
+    EXPECT_FALSE(c.getColumnShowFlag(0));
+    EXPECT_TRUE(c.getColumnShowFlag(1));
+}
+
+TEST_F(ColumnSettingsTest, LastDestroyedObjectWinsForTheWholeFile) {
+    auto* first = new CColumnSettings(L"A");
+    auto* second = new CColumnSettings(L"B");
+    first->addColumn(L"x", true);
+    second->addColumn(L"y", true);
+    delete first;
+    delete second;
+    const auto store = ReadBack();
+    EXPECT_EQ(store.GetValue(L"B", L"order"), L"y");
+    EXPECT_FALSE(store.HasValue(L"A", L"order"));
+}
+
+TEST_F(ColumnSettingsTest, ClearEmptiesTheList) {
+    WriteRecords({{L"P", L"order", L"a b"}});
+    {
+        CColumnSettings c(L"P");
+        c.clear();
+    }
+    EXPECT_EQ(ReadBack().GetValue(L"P", L"order", L"none"), L"");
+}

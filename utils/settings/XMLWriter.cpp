@@ -1,0 +1,217 @@
+// The forward-only XML writer and the checksummed history writer.
+#include "utils/settings/XMLWriter.h"
+
+#include <string_view>
+
+#include "platform/host/TextCodec.h"
+#include "platform/kivutils/FileFuncs.h"
+#include "utils/settings/HistoryCheckSum.h"
+
+namespace {
+
+constexpr UINT kOpenFlags = CFile::modeCreate | CFile::modeNoTruncate | CFile::shareDenyWrite | CFile::typeBinary;
+const wchar_t kHistoryRoot[] = L"NurvoJobHistory";
+
+std::u16string ToUnits(const std::string& utf16le) {
+    std::u16string units(utf16le.size() / 2, u'\0');
+    for (size_t i = 0; i < units.size(); ++i)
+        units[i] = static_cast<char16_t>(static_cast<unsigned char>(utf16le[2 * i]) |
+                                         (static_cast<unsigned char>(utf16le[2 * i + 1]) << 8));
+    return units;
+}
+
+}  // namespace
+
+// ---- CXMLWriterBase ----------------------------------------------------------------------
+
+CXMLWriterBase::CXMLWriterBase() = default;
+
+CXMLWriterBase::~CXMLWriterBase() { Close(); }
+
+bool CXMLWriterBase::IsOpen() const { return m_file.IsOpen(); }
+
+bool CXMLWriterBase::Open(const CKivStringT& path, bool& created) {
+    CallScope scope(*this);
+    const bool exists = FileFuncs::IsFileExist(path) != FALSE;
+    if (IsOpen()) Close();
+    if (!m_file.Open(path, CFile::modeReadWrite | kOpenFlags)) return false;
+    m_file.SeekToEnd();
+    created = !exists;
+    InitOnOpen(!exists);
+    FlushPending();
+    ReOpen(path);
+    return true;
+}
+
+bool CXMLWriterBase::ReOpen(const CKivStringT& path) {
+    FlushPending();
+    const LONG position = IsOpen() ? static_cast<LONG>(m_file.GetPosition()) : 0;
+    Close();
+    if (!m_file.Open(path, CFile::modeWrite | kOpenFlags)) return false;
+    m_file.Seek(position, CFile::begin);
+    return true;
+}
+
+void CXMLWriterBase::Close() {
+    FlushPending();
+    if (IsOpen()) m_file.Close();
+}
+
+void CXMLWriterBase::Write(const CKivStringT& text) {
+    if (!IsOpen()) return;
+    m_pending += kiv_text::ToUtf16Le(text.view());
+    if (m_callDepth == 0) FlushPending();
+}
+
+void CXMLWriterBase::WriteRawBytes(const void* bytes, unsigned count) {
+    if (!IsOpen()) return;
+    m_pending.append(static_cast<const char*>(bytes), count);
+    if (m_callDepth == 0) FlushPending();
+}
+
+void CXMLWriterBase::FlushPending() {
+    if (m_pending.empty()) return;
+    if (IsOpen()) m_file.Write(m_pending.data(), static_cast<UINT>(m_pending.size()));
+    m_pending.clear();
+}
+
+void CXMLWriterBase::InitOnOpen(bool) {}
+
+void CXMLWriterBase::WriteLine(const CKivStringT& text) { Write(text + L"\r\n"); }
+
+void CXMLWriterBase::FlushElementIfNeeded() {
+    const int top = m_elements.GetSize() - 1;
+    for (int i = m_writtenCount; i <= top; ++i) {
+        const CKivStringT tag = CKivStringT(L' ', i) + L"<" + m_elements[i] + L">";
+        // The innermost start tag stays open on its line for the content that follows.
+        if (i == top) Write(tag);
+        else WriteLine(tag);
+    }
+    m_writtenCount = m_elements.GetSize();
+    m_startTagPending = false;
+}
+
+void CXMLWriterBase::WriteStartElement(const CKivStringT& name) {
+    m_elements.Add(name);
+    m_startTagPending = true;
+    ++m_depth;
+}
+
+void CXMLWriterBase::WriteString(const CKivStringT& text) {
+    CallScope scope(*this);
+    FlushElementIfNeeded();
+    // Deliberate: text goes out as it stands, unescaped, as the history files always had it.
+    Write(text);
+    m_startTagPending = false;
+}
+
+void CXMLWriterBase::WriteEndElement() {
+    if (m_elements.IsEmpty()) return;
+    CallScope scope(*this);
+    FlushElementIfNeeded();
+    --m_writtenCount;
+    --m_depth;
+    const CKivStringT name = m_elements[m_elements.GetSize() - 1];
+    m_elements.RemoveAt(m_elements.GetSize() - 1);
+    // End tags are never indented: an element with children closes at the line's start.
+    WriteLine(L"</" + name + L">");
+    m_startTagPending = false;
+}
+
+void CXMLWriterBase::WriteElementString(const CKivStringT& name, const CKivStringT& text) {
+    CallScope scope(*this);
+    WriteStartElement(name);
+    WriteString(text);
+    WriteEndElement();
+}
+
+bool CXMLWriterBase::RewindLastTag(const CKivStringT& name) {
+    FlushPending();
+    if (!IsOpen()) return false;
+    const CKivStringT tag = L"</" + name + L">";
+    const LONG tagLength = tag.GetLength();
+    const LONG chars = static_cast<LONG>(m_file.GetLength() / static_cast<DWORD>(m_bytesPerChar));
+    if (chars < tagLength) {
+        m_file.SeekToEnd();
+        return false;
+    }
+    LONG n = tagLength;
+    // Deliberate: a count of characters is compared with a count of bytes here; it only
+    // decides whether the trailing CR LF is read along.
+    if (!(chars < (tagLength + 2) * m_bytesPerChar)) n += 2;
+    m_file.Seek(-n * m_bytesPerChar, CFile::end);
+    std::string bytes(static_cast<size_t>(n * m_bytesPerChar), '\0');
+    const UINT got = m_file.Read(bytes.data(), static_cast<UINT>(bytes.size()));
+    bytes.resize(got);
+    const size_t found = ToUnits(bytes).find(ToUnits(kiv_text::ToUtf16Le(tag.view())));
+    if (found != std::u16string::npos)
+        m_file.Seek(static_cast<LONG>(found) * m_bytesPerChar - static_cast<LONG>(got), CFile::current);
+    m_elements.RemoveAll();
+    m_elements.Add(name);
+    m_startTagPending = false;
+    m_depth = 1;
+    m_writtenCount = 1;
+    return true;
+}
+
+// ---- CXMLWriter ---------------------------------------------------------------------------
+
+CXMLWriter::CXMLWriter() = default;
+
+CXMLWriter::~CXMLWriter() = default;
+
+void CXMLWriter::Write(const CKivStringT& text) {
+    CXMLWriterBase::Write(text);
+    if (IsOpen()) m_checkSum = ContinueCheckSum(text, m_checkSum);
+}
+
+unsigned CXMLWriter::ContinueCheckSum(const CKivStringT& text, unsigned sum) {
+    return kiv_history::FoldCheckSum(ToUnits(kiv_text::ToUtf16Le(text.view())), sum, m_lane);
+}
+
+void CXMLWriter::InitOnOpen(bool isNewFile) {
+    if (isNewFile) {
+        // The byte-order mark is outside the checksum.
+        static const unsigned char bom[2] = {0xFF, 0xFE};
+        WriteRawBytes(bom, sizeof bom);
+        WriteLine(L"<?xml version=\"1.0\"?>");
+        WriteStartDocument();
+        WriteStartElement(kHistoryRoot);
+        return;
+    }
+    if (RewindLastTag(kHistoryRoot)) RestoreCheckSum();
+}
+
+void CXMLWriter::WriteCheckSum() {
+    CallScope scope(*this);
+    WriteCheckSum(m_checkSum);
+}
+
+void CXMLWriter::WriteCheckSum(unsigned value) {
+    CKivStringT number;
+    number.Format(L"%X", value);
+    // The number is taken first; the element itself then joins the running value.
+    Write(L"<CheckSum>");
+    Write(number);
+    WriteLine(L"</CheckSum>");
+}
+
+bool CXMLWriter::RestoreCheckSum() {
+    FlushPending();
+    if (!IsOpen()) return false;
+    const LONG windowBytes = kiv_history::kRestoreWindow * m_bytesPerChar;
+    const LONG current = static_cast<LONG>(m_file.GetPosition());
+    if (current < windowBytes) return false;
+    const LONG pos = m_file.Seek(-windowBytes, CFile::current);
+    std::string bytes(static_cast<size_t>(windowBytes), '\0');
+    const UINT got = m_file.Read(bytes.data(), static_cast<UINT>(bytes.size()));
+    if (got != bytes.size()) {
+        m_file.Seek(current, CFile::begin);
+        return false;
+    }
+    const auto restored = kiv_history::RestoreFromWindow(ToUnits(bytes), pos);
+    if (!restored.ok) return false;
+    m_checkSum = restored.sum;
+    m_lane = restored.lane;
+    return true;
+}
