@@ -1,0 +1,185 @@
+// The XML settings file: round trips of every type, the file's shape (checked by an
+// independent parser), what is and is not written, the deliberate reading rules, and
+// atomic, refusable saving.
+#include "utils/settings/XmlConfigStorage.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "platform/host/TextCodec.h"
+#include "platform/win32/Win32.h"
+#include "tests/support/TestSupport.h"
+
+namespace {
+
+const wchar_t kFile[] = L"\\settings.xml";
+
+class XmlSettingsTest : public ::testing::Test {
+protected:
+    std::string Host() const { return root_.HostPath(kFile); }
+    std::string Text() const { return kiv_test::ReadFileBytes(Host()); }
+    void WriteText(const std::string& utf8) { kiv_test::WriteFileBytes(Host(), utf8); }
+    kiv_test::TempDeviceRoot root_;
+};
+
+std::string Doc(const std::string& body) { return "<?xml version=\"1.0\"?>\r\n<kiv_config>\r\n" + body + "</kiv_config>\r\n"; }
+
+}  // namespace
+
+TEST_F(XmlSettingsTest, EveryTypeRoundTripsThroughSaveAndLoad) {
+    {
+        CXmlConfigStorage s(kFile);
+        CConfigGroup& g = s.GetGroup(L"Stake");
+        g.SetStringValue(L"Name", L"Nordfeld Süd \u00e9");
+        g.SetIntegerValue(L"Count", -2147483647 - 1);
+        g.SetDoubleValue(L"Tolerance", 0.05);
+        g.SetBooleanValue(L"Auto", true);
+        g.SetBooleanValue(L"Off", false);
+        g.GetGroup(L"Inner").SetIntegerValue(L"Depth", 2);
+    }
+    CXmlConfigStorage s(kFile);
+    CConfigGroup& g = s.GetGroup(L"Stake");
+    EXPECT_EQ(g.GetStringValue(L"Name"), L"Nordfeld Süd \u00e9");
+    EXPECT_EQ(g.GetIntegerValue(L"Count", 0), -2147483647 - 1);
+    EXPECT_EQ(g.GetDoubleValue(L"Tolerance", 0), 0.05);
+    EXPECT_TRUE(g.GetBooleanValue(L"Auto", false));
+    EXPECT_FALSE(g.GetBooleanValue(L"Off", true));
+    EXPECT_EQ(g.GetGroup(L"Inner").GetIntegerValue(L"Depth", 0), 2);
+    EXPECT_EQ(g.GetValue(L"Tolerance").GetType(), CConfigValue::Double);
+}
+
+TEST_F(XmlSettingsTest, FileHasOneElementALineAndIsWellFormed) {
+    {
+        CXmlConfigStorage s(kFile);
+        s.GetGroup(L"A").SetDoubleValue(L"Tolerance", 0.05);
+        s.GetGroup(L"A").GetGroup(L"B").SetStringValue(L"Code", L"TREE");
+    }
+    EXPECT_EQ(Text(), Doc("<group name=\"A\">\r\n<value name=\"Tolerance\" type=\"dbl\">0.050000</value>\r\n"
+                          "<group name=\"B\">\r\n<value name=\"Code\" type=\"str\">TREE</value>\r\n</group>\r\n"
+                          "</group>\r\n"));
+    const std::string command = "xmllint --noout '" + Host() + "' 2>&1";
+    ASSERT_EQ(std::system(command.c_str()), 0) << "xmllint rejected " << Text();
+}
+
+TEST_F(XmlSettingsTest, ReadingOnlyNeverRewritesTheFile) {
+    const std::string original = Doc("<group name=\"A\">\r\n<value name=\"x\" type=\"int\">3</value>\r\n</group>\r\n");
+    WriteText(original);
+    {
+        CXmlConfigStorage s(kFile);
+        EXPECT_EQ(s.GetGroup(L"A").GetIntegerValue(L"x", 0), 3);
+        EXPECT_EQ(s.GetGroup(L"Missing").GetGroup(L"Deeper").GetIntegerValue(L"y", 9), 9);
+        s.GetGroup(L"A").SetIntegerValue(L"x", 3);
+    }
+    EXPECT_EQ(Text(), original);
+}
+
+TEST_F(XmlSettingsTest, GroupPersistedForAnotherReasonOmitsUntypedValues) {
+    {
+        CXmlConfigStorage s(kFile);
+        CConfigGroup& a = s.GetGroup(L"A");
+        a.GetValue(L"readOnly");
+        a.GetGroup(L"B").SetIntegerValue(L"n", 1);
+    }
+    EXPECT_EQ(Text(), Doc("<group name=\"A\">\r\n<group name=\"B\">\r\n<value name=\"n\" type=\"int\">1</value>\r\n"
+                          "</group>\r\n</group>\r\n"));
+}
+
+TEST_F(XmlSettingsTest, NamelessGroupIsSkippedAndItsEndTagEndsTheEnclosingGroup) {
+    WriteText(Doc("<group name=\"A\">\r\n<group>\r\n<value name=\"inner\" type=\"int\">1</value>\r\n</group>\r\n"
+                  "<value name=\"late\" type=\"int\">2</value>\r\n</group>\r\n"
+                  "<group name=\"B\">\r\n</group>\r\n"));
+    CXmlConfigStorage s(kFile);
+    ASSERT_EQ(s.GetNumberOfGroups(), 2u);
+    CConfigGroup& a = s.GetGroup(0u);
+    EXPECT_EQ(a.GetName(), L"A");
+    EXPECT_EQ(a.GetNumberOfValues(), 1u);
+    EXPECT_EQ(a.GetIntegerValue(L"inner", 0), 1);
+    // "late" was read after A ended early, at the top where values are not kept.
+    EXPECT_EQ(a.GetIntegerValue(L"late", 0), 0);
+    EXPECT_EQ(s.GetGroup(1u).GetName(), L"B");
+}
+
+TEST_F(XmlSettingsTest, ValueTextsReadByTheFormatsOwnRules) {
+    WriteText(Doc("<group name=\"G\">\r\n"
+                  "<value name=\"i\" type=\"int\">12abc</value>\r\n"
+                  "<value name=\"d\" type=\"dbl\">1e3</value>\r\n"
+                  "<value name=\"t\" type=\"bool\">true</value>\r\n"
+                  "<value name=\"e\" type=\"int\"></value>\r\n"
+                  "<value name=\"u\" type=\"INT\">5</value>\r\n"
+                  "<value type=\"int\">5</value>\r\n"
+                  "<value name=\"dup\" type=\"int\">1</value>\r\n"
+                  "<value name=\"dup\" type=\"int\">2</value>\r\n"
+                  "</group>\r\n"));
+    {
+        CXmlConfigStorage s(kFile);
+        CConfigGroup& g = s.GetGroup(L"G");
+        EXPECT_EQ(g.GetIntegerValue(L"i", 0), 12);
+        EXPECT_EQ(g.GetDoubleValue(L"d", 0), 1000.0);
+        EXPECT_FALSE(g.GetBooleanValue(L"t", true));
+        EXPECT_EQ(g.GetIntegerValue(L"e", 7), 0);
+        EXPECT_FALSE(g.GetValue(L"u").HasValue());
+        EXPECT_EQ(g.GetIntegerValue(L"dup", 0), 1);
+        EXPECT_EQ(g.GetNumberOfValues(), 7u);
+        g.SetIntegerValue(L"i", 13);
+    }
+    const std::string text = Text();
+    EXPECT_NE(text.find("<value name=\"d\" type=\"dbl\">1000.000000</value>"), std::string::npos);
+    EXPECT_NE(text.find("<value name=\"dup\" type=\"int\">2</value>"), std::string::npos);
+}
+
+TEST_F(XmlSettingsTest, DoublesKeepSixDecimals) {
+    {
+        CXmlConfigStorage s(kFile);
+        s.GetGroup(L"G").SetDoubleValue(L"pi", 3.14159265);
+    }
+    CXmlConfigStorage s(kFile);
+    EXPECT_EQ(s.GetGroup(L"G").GetDoubleValue(L"pi", 0), 3.141593);
+}
+
+TEST_F(XmlSettingsTest, ReadOnlyFileIsLeftAsItWas) {
+    const std::string original = Doc("<group name=\"A\">\r\n</group>\r\n");
+    WriteText(original);
+    ASSERT_TRUE(SetFileAttributesW(kFile, FILE_ATTRIBUTE_READONLY));
+    {
+        CXmlConfigStorage s(kFile);
+        s.GetGroup(L"A").SetIntegerValue(L"x", 1);
+    }
+    EXPECT_EQ(Text(), original);
+    SetFileAttributesW(kFile, FILE_ATTRIBUTE_NORMAL);
+}
+
+TEST_F(XmlSettingsTest, SharedTreeIsWrittenOnceByItsLastHandle) {
+    auto* first = new CXmlConfigStorage(kFile);
+    auto* second = new CXmlConfigStorage(L"\\other.xml");
+    *second = *first;
+    second->GetGroup(L"A").SetIntegerValue(L"x", 5);
+    delete second;
+    EXPECT_TRUE(Text().empty());
+    delete first;
+    CXmlConfigStorage check(kFile);
+    EXPECT_EQ(check.GetGroup(L"A").GetIntegerValue(L"x", 0), 5);
+}
+
+TEST_F(XmlSettingsTest, CopyConstructionMakesASeparateTree) {
+    CXmlConfigStorage first(kFile);
+    first.GetGroup(L"A").SetIntegerValue(L"x", 1);
+    CXmlConfigStorage copy(first);
+    EXPECT_EQ(copy.GetGroup(L"A").GetIntegerValue(L"x", 0), 0);
+}
+
+TEST_F(XmlSettingsTest, StakeoutSettingsLiveInTheUserSettingsFolder) {
+    kiv_host::SetBaseFolders(L"", L"\\Zeb", L"");
+    CXmlConfigStorage s = CXmlConfigStorage::GetStakeoutSettings();
+    EXPECT_EQ(s.GetPath(), L"\\Zeb\\zeb_setup\\StakeoutSettings.xml");
+}
+
+TEST_F(XmlSettingsTest, GarbageFilesLoadAsEmptyTrees) {
+    for (const std::string& junk : {std::string("\xFF\xFE<"), std::string("<kiv_config><group name=\"a\""),
+                                   std::string("no xml at all"), std::string("\0\0\0", 3)}) {
+        WriteText(junk);
+        CXmlConfigStorage s(kFile);
+        EXPECT_LE(s.GetNumberOfGroups(), 1u);
+    }
+}
