@@ -1,5 +1,6 @@
 // kivutil history: append one element to a checksummed history document, or verify
 // every CheckSum element of one.
+#include <cwctype>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -9,12 +10,46 @@
 #include "platform/host/TextCodec.h"
 #include "tools/kivutil/Command.h"
 #include "utils/settings/HistoryVerifier.h"
+#include "utils/settings/XMLWriter.h"
 
 namespace {
 
 struct VerifyOptions {
     std::string file;
 };
+
+struct AppendOptions {
+    std::string file, element, text;
+};
+
+// An element name the history can carry: letters, digits, '_', '-', '.', ':', not
+// starting with a digit, '-' or '.'.
+bool IsElementName(const std::wstring& name) {
+    if (name.empty() || std::iswdigit(name[0]) || name[0] == L'-' || name[0] == L'.') return false;
+    for (wchar_t c : name)
+        if (!(std::iswalnum(c) || c == L'_' || c == L'-' || c == L'.' || c == L':')) return false;
+    return true;
+}
+
+int RunAppend(const AppendOptions& opts) {
+    const std::wstring element = kiv_text::FromUtf8(opts.element);
+    const std::wstring text = kiv_text::FromUtf8(opts.text);
+    if (!IsElementName(element)) return kivutil::BadInput("'" + opts.element + "' is not an element name; use letters, digits and _");
+    if (text.find_first_of(L"<&") != std::wstring::npos)
+        return kivutil::BadInput("the text may not hold '<' or '&': the history stores text as it stands");
+    CXMLWriter writer;
+    bool created = false;
+    if (!writer.Open(CKivStringT(kiv_text::FromUtf8(opts.file)), created)) {
+        std::cerr << "kivutil: cannot open " << opts.file << " for appending; check its folder and permissions\n";
+        return kivutil::kExitFailed;
+    }
+    writer.WriteElementString(CKivStringT(element), CKivStringT(text));
+    writer.WriteCheckSum();
+    writer.WriteEndElement();
+    writer.Close();
+    std::printf("%s %s\n", created ? "created" : "appended to", opts.file.c_str());
+    return kivutil::kExitOk;
+}
 
 const char* BasisText(kiv_history::EHistoryBasis basis) {
     switch (basis) {
@@ -47,6 +82,13 @@ int RunVerify(const VerifyOptions& opts) {
 kivutil::Registration reg(31, [](CLI::App& app, std::function<int()>& run) {
     auto* history = app.add_subcommand("history", "append to or verify a checksummed history document");
     history->require_subcommand(1);
+
+    auto append = std::make_shared<AppendOptions>();
+    auto* a = history->add_subcommand("append", "add one element and a new checksum, then close the document");
+    a->add_option("file", append->file, "history document (made if missing)")->required();
+    a->add_option("element", append->element, "element name")->required();
+    a->add_option("text", append->text, "element text")->required();
+    a->callback([&run, append] { run = [append] { return RunAppend(*append); }; });
 
     auto verify = std::make_shared<VerifyOptions>();
     auto* v = history->add_subcommand("verify", "check every CheckSum element against the running checksum");

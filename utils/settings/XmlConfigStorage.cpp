@@ -237,7 +237,7 @@ void CXmlConfigStorage::SaveGroup(std::wstring& out, CConfigGroup& group) {
     out += CXmlParserBase::CloseTag(kGroup, 2).str();
 }
 
-void CXmlConfigStorage::Save() {
+bool CXmlConfigStorage::Save() {
     std::wstring out = L"<?xml" + CXmlParserBase::FormAttrib(L"version", L"1.0", false).str() + L"?>\r\n";
     out += CXmlParserBase::OpenTag(kRoot, 2).str();
     const unsigned groups = GetNumberOfGroups();
@@ -246,7 +246,13 @@ void CXmlConfigStorage::Save() {
     // The family's XML files are UTF-8 without a mark, as kiv_formats::WriteString
     // writes them. The whole text replaces the file atomically: a crash or a full disk
     // leaves the old file whole, and a read-only file or medium leaves it untouched.
-    FileFuncs::WriteWholeFile(m_path, kiv_text::ToUtf8(out));
+    return FileFuncs::WriteWholeFile(m_path, kiv_text::ToUtf8(out));
+}
+
+bool CXmlConfigStorage::Flush() {
+    if (!Save()) return false;
+    m_modified = false;
+    return true;
 }
 
 void CXmlConfigStorage::Release() {

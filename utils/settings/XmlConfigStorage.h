@@ -74,6 +74,10 @@ public:
 
     const CKivStringT& GetPath() const { return m_path; }
 
+    // Writes the tree now, changed or not (a deletion alone marks nothing changed);
+    // false when the file could not be written, which leaves it as it was.
+    bool Flush();
+
 protected:
     bool ShouldAlwaysLoadAllGroups() override;
 
@@ -85,7 +89,7 @@ private:
     void LoadAllGroups(CConfigGroup& parent) override;
 
     static void ParseAllGroups(CConfigGroup& parent, CXmlParser& parser);
-    void Save();
+    bool Save();
     static void SaveGroup(std::wstring& out, CConfigGroup& group);
     void Release();
 
