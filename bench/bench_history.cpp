@@ -46,6 +46,7 @@ void BM_OneWritePerElementBaseline(benchmark::State& state) {
     for (int i = 0; i < kElements; ++i)
         lines.push_back(kiv_text::ToUtf16Le(L" <Point>P" + std::to_wstring(i) + L"</Point>\r\n"));
     for (auto _ : state) {
+        std::filesystem::remove(file);  // as the history run starts from no file
         const int fd = ::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
         if (fd < 0) state.SkipWithError("open failed");
         for (const std::string& line : lines)

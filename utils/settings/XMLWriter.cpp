@@ -3,7 +3,6 @@
 
 #include <string_view>
 
-#include "platform/host/TextCodec.h"
 #include "platform/kivutils/FileFuncs.h"
 #include "utils/settings/HistoryCheckSum.h"
 
@@ -12,7 +11,35 @@ namespace {
 constexpr UINT kOpenFlags = CFile::modeCreate | CFile::modeNoTruncate | CFile::shareDenyWrite | CFile::typeBinary;
 const wchar_t kHistoryRoot[] = L"NurvoJobHistory";
 
-std::u16string ToUnits(const std::string& utf16le) {
+unsigned long CharacterOf(wchar_t wc) {
+    const auto c = static_cast<unsigned long>(wc);
+    return (c > 0x10FFFF || (c >= 0xD800 && c <= 0xDFFF)) ? 0xFFFD : c;
+}
+
+// Appends the text as UTF-16LE: characters beyond the BMP as surrogate pairs, anything
+// that is no character as U+FFFD. One resize, then the bytes are filled in place.
+void AppendUtf16(std::string& out, std::wstring_view text) {
+    size_t units = text.size();
+    for (wchar_t wc : text) units += CharacterOf(wc) > 0xFFFF;
+    const size_t start = out.size();
+    out.resize(start + 2 * units);
+    char* p = out.data() + start;
+    auto put = [&p](unsigned long unit) {
+        *p++ = static_cast<char>(unit & 0xFF);
+        *p++ = static_cast<char>(unit >> 8);
+    };
+    for (wchar_t wc : text) {
+        const unsigned long c = CharacterOf(wc);
+        if (c < 0x10000) {
+            put(c);
+        } else {
+            put(0xD800 + ((c - 0x10000) >> 10));
+            put(0xDC00 + ((c - 0x10000) & 0x3FF));
+        }
+    }
+}
+
+std::u16string ToUnits(std::string_view utf16le) {
     std::u16string units(utf16le.size() / 2, u'\0');
     for (size_t i = 0; i < units.size(); ++i)
         units[i] = static_cast<char16_t>(static_cast<unsigned char>(utf16le[2 * i]) |
@@ -59,7 +86,7 @@ void CXMLWriterBase::Close() {
 
 void CXMLWriterBase::Write(const CKivStringT& text) {
     if (!IsOpen()) return;
-    m_pending += kiv_text::ToUtf16Le(text.view());
+    AppendUtf16(m_pending, text.view());
     if (m_callDepth == 0) FlushPending();
 }
 
@@ -82,10 +109,13 @@ void CXMLWriterBase::WriteLine(const CKivStringT& text) { Write(text + L"\r\n");
 void CXMLWriterBase::FlushElementIfNeeded() {
     const int top = m_elements.GetSize() - 1;
     for (int i = m_writtenCount; i <= top; ++i) {
-        const CKivStringT tag = CKivStringT(L' ', i) + L"<" + m_elements[i] + L">";
+        m_tag.Empty();
+        for (int space = 0; space < i; ++space) m_tag += L' ';
+        m_tag += L'<';
+        m_tag += m_elements[i];
+        m_tag += i == top ? L">" : L">\r\n";
         // The innermost start tag stays open on its line for the content that follows.
-        if (i == top) Write(tag);
-        else WriteLine(tag);
+        Write(m_tag);
     }
     m_writtenCount = m_elements.GetSize();
     m_startTagPending = false;
@@ -111,10 +141,12 @@ void CXMLWriterBase::WriteEndElement() {
     FlushElementIfNeeded();
     --m_writtenCount;
     --m_depth;
-    const CKivStringT name = m_elements[m_elements.GetSize() - 1];
+    m_tag = L"</";
+    m_tag += m_elements[m_elements.GetSize() - 1];
+    m_tag += L">\r\n";
     m_elements.RemoveAt(m_elements.GetSize() - 1);
     // End tags are never indented: an element with children closes at the line's start.
-    WriteLine(L"</" + name + L">");
+    Write(m_tag);
     m_startTagPending = false;
 }
 
@@ -143,7 +175,9 @@ bool CXMLWriterBase::RewindLastTag(const CKivStringT& name) {
     std::string bytes(static_cast<size_t>(n * m_bytesPerChar), '\0');
     const UINT got = m_file.Read(bytes.data(), static_cast<UINT>(bytes.size()));
     bytes.resize(got);
-    const size_t found = ToUnits(bytes).find(ToUnits(kiv_text::ToUtf16Le(tag.view())));
+    std::string tagBytes;
+    AppendUtf16(tagBytes, tag.view());
+    const size_t found = ToUnits(bytes).find(ToUnits(tagBytes));
     if (found != std::u16string::npos)
         m_file.Seek(static_cast<LONG>(found) * m_bytesPerChar - static_cast<LONG>(got), CFile::current);
     m_elements.RemoveAll();
@@ -161,12 +195,27 @@ CXMLWriter::CXMLWriter() = default;
 CXMLWriter::~CXMLWriter() = default;
 
 void CXMLWriter::Write(const CKivStringT& text) {
+    if (!IsOpen()) return;
+    // Folded from the bytes just encoded, before the call's one write sends them.
+    CallScope scope(*this);
+    const size_t before = PendingBytes().size();
     CXMLWriterBase::Write(text);
-    if (IsOpen()) m_checkSum = ContinueCheckSum(text, m_checkSum);
+    m_checkSum = FoldEncoded(PendingBytes().substr(before), m_checkSum);
 }
 
 unsigned CXMLWriter::ContinueCheckSum(const CKivStringT& text, unsigned sum) {
-    return kiv_history::FoldCheckSum(ToUnits(kiv_text::ToUtf16Le(text.view())), sum, m_lane);
+    std::string encoded;
+    AppendUtf16(encoded, text.view());
+    return FoldEncoded(encoded, sum);
+}
+
+unsigned CXMLWriter::FoldEncoded(std::string_view utf16le, unsigned sum) {
+    // Only the low byte of each code unit counts, the first byte of each pair.
+    for (size_t i = 0; i + 1 < utf16le.size(); i += 2) {
+        sum ^= static_cast<unsigned>(static_cast<unsigned char>(utf16le[i])) << (8 * m_lane);
+        m_lane = (m_lane + 1) & 3;
+    }
+    return sum;
 }
 
 void CXMLWriter::InitOnOpen(bool isNewFile) {

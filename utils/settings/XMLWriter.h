@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "platform/kivutils/Heap.h"
 #include "platform/kivutils/KivArray.h"
@@ -48,6 +49,7 @@ protected:
     void WriteRawBytes(const void* bytes, unsigned count);
     // Sends what the current call has produced to the file in one write.
     void FlushPending();
+    std::string_view PendingBytes() const { return m_pending; }
 
     // Each public call hands its bytes to the operating system in one write before it
     // returns; nothing is kept that a crash of the process could lose.
@@ -73,6 +75,7 @@ protected:
 
 private:
     std::string m_pending;
+    CKivStringT m_tag;  // reused for each tag, so writing a tag allocates nothing
     int m_callDepth = 0;
 };
 
@@ -98,6 +101,7 @@ public:
 private:
     void WriteCheckSum(unsigned value);
     unsigned ContinueCheckSum(const CKivStringT& text, unsigned sum);
+    unsigned FoldEncoded(std::string_view utf16le, unsigned sum);
 
     std::uint32_t m_checkSum = 0;
     int m_lane = 0;
