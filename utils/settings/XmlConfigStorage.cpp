@@ -11,7 +11,9 @@
 #include "platform/kivutils/KivArray.h"
 #include "platform/kivutils/KivFormats.h"
 #include "platform/kivutils/XmlParser.h"
+#include "platform/mfc/File.h"
 #include "utils/settings/AppStrPaths.h"
+#include "utils/settings/SettingsFastReader.h"
 
 namespace {
 
@@ -77,6 +79,10 @@ double ReadDouble(const CKivStringT& text) {
     return kiv_formats::StringToDoubleView(s.substr(start, i - start), value) ? value : 0.0;
 }
 
+}  // namespace
+
+namespace kiv_settings_detail {
+
 void CreateLoadedValue(CXmlConfigGroup& group, const CKivStringT& name, const CKivStringT& type,
                        const CKivStringT& content) {
     // Type words compare case-sensitively; an unknown one creates nothing.
@@ -92,7 +98,7 @@ void CreateLoadedValue(CXmlConfigGroup& group, const CKivStringT& name, const CK
     }
 }
 
-}  // namespace
+}  // namespace kiv_settings_detail
 
 // ---- CXmlConfigValue ------------------------------------------------------------------------
 
@@ -143,6 +149,12 @@ void CXmlConfigGroup::LoadAllValues() {}
 void CXmlConfigGroup::LoadAllGroups() {}
 void CXmlConfigGroup::DoSave() {}
 
+int CXmlConfigGroup::Depth() {
+    int depth = 0;
+    for (CConfigGroup* g = this; g->GetParent() != nullptr; g = g->GetParent()) ++depth;
+    return depth;
+}
+
 void CXmlConfigGroup::Load(CXmlParser& parser) {
     CKivStringT tag, attributes, content;
     CKivArray<CKivStringT> unused;
@@ -151,13 +163,16 @@ void CXmlConfigGroup::Load(CXmlParser& parser) {
         if (IsEndTagOf(tag, kGroup)) return;
         if (tag.Compare(kGroup) == 0) {
             const CKivStringT name = CXmlParser::ReadAttrib(attributes, L"name");
-            if (!name.IsEmpty()) (new CXmlConfigGroup(*this, name))->Load(parser);
+            // A group too deep is skipped as a nameless one is, so recursion stays bounded.
+            if (!name.IsEmpty() && Depth() < kiv_settings_detail::kMaxGroupDepth)
+                (new CXmlConfigGroup(*this, name))->Load(parser);
         } else if (tag.Compare(kValue) == 0) {
             const CKivStringT name = CXmlParser::ReadAttrib(attributes, L"name");
             const CKivStringT type = CXmlParser::ReadAttrib(attributes, L"type");
             if (name.IsEmpty() || type.IsEmpty()) continue;
             unused.RemoveAll();
-            if (CXmlParser::ParseValuesInBrackets(content, unused, L';')) CreateLoadedValue(*this, name, type, content);
+            if (CXmlParser::ParseValuesInBrackets(content, unused, L';'))
+                kiv_settings_detail::CreateLoadedValue(*this, name, type, content);
         }
     }
 }
@@ -193,14 +208,36 @@ CXmlConfigStorage CXmlConfigStorage::GetStakeoutSettings() {
     return CXmlConfigStorage(AppStrPaths::GetUserSettingsPath() + L"\\StakeoutSettings.xml");
 }
 
+namespace {
+
+// The whole file, or false when it cannot be read or is larger than the tokenizer takes.
+bool ReadWholeFile(const CKivStringT& path, std::string& bytes) {
+    CFile file;
+    if (!file.Open(path, CFile::modeRead | CFile::shareDenyNone | CFile::typeBinary)) return false;
+    const DWORD length = file.GetLength();
+    if (length > CXmlParser::kMaxFileBytes) return false;
+    bytes.resize(length);
+    return file.Read(bytes.data(), length) == length;
+}
+
+}  // namespace
+
 void CXmlConfigStorage::LoadAllGroups(CConfigGroup& root) {
+    // An ordinary file (the shape Save writes) is read in one quick pass; anything else
+    // goes through the platform's tokenizer, which reads it as the format has it.
+    std::string bytes;
+    if (ReadWholeFile(m_path, bytes) && kiv_settings_detail::ReadOrdinarySettings(bytes, root)) return;
     CXmlParser* parser = nullptr;
     // A missing or unreadable file leaves the tree empty; a write makes a new file.
     if (CXmlParser::Initialize(m_path, parser) != 0 || parser == nullptr) return;
-    CKivStringT tag, attributes, content;
-    while (parser->ReadToken(tag, attributes, content))
-        if (tag.Compare(kRoot) == 0) ParseAllGroups(root, *parser);
+    kiv_settings_detail::ReadSettingsTokens(*parser, root);
     CXmlParser::Destroy(parser);
+}
+
+void kiv_settings_detail::ReadSettingsTokens(CXmlParser& parser, CConfigGroup& root) {
+    CKivStringT tag, attributes, content;
+    while (parser.ReadToken(tag, attributes, content))
+        if (tag.Compare(kRoot) == 0) CXmlConfigStorage::ParseAllGroups(root, parser);
 }
 
 void CXmlConfigStorage::ParseAllGroups(CConfigGroup& parent, CXmlParser& parser) {

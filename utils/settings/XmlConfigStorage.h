@@ -8,6 +8,10 @@
 
 class CXmlParser;
 class CXmlConfigGroup;
+class CConfigGroup;
+namespace kiv_settings_detail {
+void ReadSettingsTokens(CXmlParser& parser, CConfigGroup& root);
+}
 
 class CXmlConfigValue : public CConfigValue {
 public:
@@ -47,6 +51,7 @@ protected:
 private:
     CConfigValue* CreateValue(const CKivStringT& name) override;
     CConfigGroup* CreateGroup(const CKivStringT& name) override;
+    int Depth();
     CConfigValue* FindValue(const CKivStringT& name) override;
     CConfigGroup* FindGroup(const CKivStringT& name) override;
     void DoDelete() override;
@@ -83,6 +88,7 @@ protected:
 
 private:
     friend class CXmlConfigGroup;
+    friend void kiv_settings_detail::ReadSettingsTokens(CXmlParser& parser, CConfigGroup& root);
 
     CConfigGroup* CreateGroup(CConfigGroup& parent, const CKivStringT& name) override;
     CConfigGroup* FindGroup(CConfigGroup& parent, const CKivStringT& name) override;
