@@ -88,20 +88,14 @@ CKivStringT IndexedName(const CKivStringT& name, unsigned index) {
     return indexed;
 }
 
-// Erases `item` from `items`, keeping the order of the rest, and moves the name's index
-// entry to the next item of that name when `item` was the first.
+// Erases `item` from `items`, keeping the order of the rest; the name table is made
+// again on the next lookup.
 template <class T, class Index>
 void EraseItem(CKivArray<T*>& items, Index& firstByName, const T& item) {
     auto it = std::find(items.begin(), items.end(), &item);
     if (it == items.end()) return;
-    const size_t at = static_cast<size_t>(it - items.begin());
-    items.RemoveAt(static_cast<int>(at));
-    auto entry = firstByName.find(item.GetName().str());
-    if (entry == firstByName.end() || entry->second != &item) return;
-    auto next = std::find_if(items.begin() + static_cast<std::ptrdiff_t>(at), items.end(),
-                             [&](const T* other) { return other->GetName() == item.GetName(); });
-    if (next == items.end()) firstByName.erase(entry);
-    else entry->second = *next;
+    items.RemoveAt(static_cast<int>(it - items.begin()));
+    firstByName.Invalidate();
 }
 
 }  // namespace
@@ -305,7 +299,7 @@ CConfigGroup& CConfigGroup::GetGroup(const CKivStringT& name, unsigned index) {
 
 CConfigValue& CConfigGroup::FirstValueNamed(const CKivStringT& name) {
     if (ShouldAlwaysLoadAllValues()) LoadAllValuesOnDemand();
-    if (auto it = m_firstValue.find(name.str()); it != m_firstValue.end()) return *it->second;
+    if (CConfigValue* known = m_firstValue.Find(m_values, name.view())) return *known;
     CConfigValue* value = m_isNew ? nullptr : FindValue(name);
     if (!value) value = CreateValue(name);
     return value ? *value : Placeholder();
@@ -313,7 +307,7 @@ CConfigValue& CConfigGroup::FirstValueNamed(const CKivStringT& name) {
 
 CConfigGroup& CConfigGroup::FirstGroupNamed(const CKivStringT& name) {
     if (ShouldAlwaysLoadAllGroups()) LoadAllGroupsOnDemand();
-    if (auto it = m_firstGroup.find(name.str()); it != m_firstGroup.end()) return *it->second;
+    if (CConfigGroup* known = m_firstGroup.Find(m_groups, name.view())) return *known;
     if (!m_isNew)
         if (CConfigGroup* found = FindGroup(name)) return *found;
     CConfigGroup* group = CreateGroup(name);
@@ -366,12 +360,12 @@ void CConfigGroup::Delete() {
 
 void CConfigGroup::Add(CConfigValue& value) {
     m_values.Add(&value);
-    m_firstValue.try_emplace(value.GetName().str(), &value);
+    m_firstValue.Added(m_values, &value);
 }
 
 void CConfigGroup::Add(CConfigGroup& group) {
     m_groups.Add(&group);
-    m_firstGroup.try_emplace(group.GetName().str(), &group);
+    m_firstGroup.Added(m_groups, &group);
 }
 
 void CConfigGroup::Remove(const CConfigValue& value) { EraseItem(m_values, m_firstValue, value); }
@@ -381,13 +375,13 @@ void CConfigGroup::Remove(const CConfigGroup& group) { EraseItem(m_groups, m_fir
 void CConfigGroup::ClearGroups() {
     for (CConfigGroup* group : m_groups) delete group;
     m_groups.RemoveAll();
-    m_firstGroup.clear();
+    m_firstGroup.Invalidate();
 }
 
 void CConfigGroup::ClearValues() {
     for (CConfigValue* value : m_values) delete value;
     m_values.RemoveAll();
-    m_firstValue.clear();
+    m_firstValue.Invalidate();
 }
 
 void CConfigGroup::LoadAllValuesOnDemand() {

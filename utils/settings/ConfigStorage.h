@@ -4,11 +4,11 @@
 #pragma once
 
 #include <string>
-#include <unordered_map>
 
 #include "platform/kivutils/Heap.h"
 #include "platform/kivutils/KivArray.h"
 #include "platform/kivutils/KivString.h"
+#include "utils/settings/NameIndex.h"
 
 class CConfigGroup;
 class CConfigStorage;
@@ -166,8 +166,8 @@ private:
 
     // Name to the first item of that name, kept in step with the arrays, so that a
     // lookup by name costs the same in a group of ten values as in one of ten thousand.
-    std::unordered_map<std::wstring, CConfigValue*> m_firstValue;
-    std::unordered_map<std::wstring, CConfigGroup*> m_firstGroup;
+    kiv_settings_detail::FirstByName<CConfigValue> m_firstValue;
+    kiv_settings_detail::FirstByName<CConfigGroup> m_firstGroup;
 
     // Stand-ins handed out where no item can exist (a value asked of the root, an index
     // beyond the end), so that a caller's mistake reads defaults instead of crashing.

@@ -4,6 +4,9 @@
 // nameless groups, stray text) makes it decline.
 #include "utils/settings/SettingsFastReader.h"
 
+#include <climits>
+#include <cstdint>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -145,20 +148,43 @@ private:
     size_t pos_ = 0;
 };
 
-CKivStringT Wide(std::string_view utf8) {
-    std::wstring out(utf8.size(), L'\0');
-    for (size_t i = 0; i < utf8.size(); ++i) {
-        const auto c = static_cast<unsigned char>(utf8[i]);
-        if (c >= 0x80) return CKivStringT(kiv_text::FromUtf8(utf8));
-        out[i] = static_cast<wchar_t>(c);
+// Widens into `out`, reusing its storage; the bytes are valid UTF-8.
+void WidenInto(std::string_view utf8, CKivStringT& out) {
+    out.Empty();
+    for (char c : utf8) {
+        if (static_cast<unsigned char>(c) >= 0x80) {
+            out = CKivStringT(kiv_text::FromUtf8(utf8));
+            return;
+        }
+        out += static_cast<wchar_t>(c);
     }
-    return CKivStringT(std::move(out));
 }
 
+// Eight bytes at a time: the whole file is checked before anything is read from it.
 bool IsAscii(std::string_view s) {
-    for (char c : s)
-        if (static_cast<unsigned char>(c) >= 0x80) return false;
+    size_t i = 0;
+    for (; i + 8 <= s.size(); i += 8) {
+        std::uint64_t word;
+        std::memcpy(&word, s.data() + i, 8);
+        if (word & 0x8080808080808080ULL) return false;
+    }
+    for (; i < s.size(); ++i)
+        if (static_cast<unsigned char>(s[i]) >= 0x80) return false;
     return true;
+}
+
+// The number _wtol reads from ASCII text without control characters: blanks, a sign,
+// decimal digits; a number beyond the 32-bit range gives its nearest end.
+int ReadLongAscii(std::string_view s) {
+    size_t i = 0;
+    while (i < s.size() && s[i] == ' ') ++i;
+    bool negative = false;
+    if (i < s.size() && (s[i] == '+' || s[i] == '-')) negative = s[i++] == '-';
+    long long v = 0;
+    for (; i < s.size() && s[i] >= '0' && s[i] <= '9'; ++i)
+        if (v <= 1LL << 32) v = v * 10 + (s[i] - '0');
+    if (negative) v = -v;
+    return v > INT_MAX ? INT_MAX : v < INT_MIN ? INT_MIN : static_cast<int>(v);
 }
 
 }  // namespace
@@ -170,14 +196,27 @@ bool ReadOrdinarySettings(std::string_view bytes, CConfigGroup& root) {
     items.reserve(bytes.size() / 48);
     if (!Scanner(bytes).Run(items)) return false;
     std::vector<CConfigGroup*> open{&root};
+    CKivStringT name, type, content;
     for (const Item& item : items) {
+        WidenInto(item.name, name);
         switch (item.kind) {
-            case Item::OpenGroup: open.push_back(new CXmlConfigGroup(*open.back(), Wide(item.name))); break;
+            case Item::OpenGroup: open.push_back(new CXmlConfigGroup(*open.back(), name)); break;
             case Item::CloseGroup: open.pop_back(); break;
-            case Item::Value:
-                CreateLoadedValue(static_cast<CXmlConfigGroup&>(*open.back()), Wide(item.name), Wide(item.type),
-                                  Wide(item.content));
+            case Item::Value: {
+                auto& group = static_cast<CXmlConfigGroup&>(*open.back());
+                // Whole numbers and flags are read straight from the bytes, as the
+                // format reads them; the other types take the shared way.
+                if (item.type == "int" && IsAscii(item.content)) {
+                    new CXmlConfigValue(group, name, ReadLongAscii(item.content));
+                } else if (item.type == "bool" && IsAscii(item.content)) {
+                    new CXmlConfigValue(group, name, !item.content.empty() && ReadLongAscii(item.content) != 0);
+                } else {
+                    WidenInto(item.type, type);
+                    WidenInto(item.content, content);
+                    CreateLoadedValue(group, name, type, content);
+                }
                 break;
+            }
         }
     }
     return true;
