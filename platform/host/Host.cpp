@@ -40,9 +40,11 @@ std::string DefaultDeviceRoot() {
     std::string data = Env("XDG_DATA_HOME");
     if (data.empty()) {
         std::string home = Env("HOME");
-        data = (home.empty() ? std::string("/tmp") : home) + "/.local/share";
+        data = home.empty() ? std::string("/tmp") : home;
+        data.append("/.local/share");
     }
-    return data + "/kiv/device";
+    data.append("/kiv/device");
+    return data;
 }
 
 std::wstring FolderOrDefault(const std::optional<std::wstring>& set, const char* env, const wchar_t* fallback) {
@@ -70,7 +72,9 @@ bool SameNameIgnoringCase(std::wstring_view a, std::wstring_view b) {
 std::string MatchComponent(const std::string& dir, const std::wstring& component) {
     std::string typed = kiv_text::ToUtf8(component);
     struct stat st;
-    if (::lstat((dir + "/" + typed).c_str(), &st) == 0) return typed;
+    std::string candidate = dir;
+    candidate.append("/").append(typed);
+    if (::lstat(candidate.c_str(), &st) == 0) return typed;
     DIR* d = ::opendir(dir.c_str());
     if (!d) return typed;
     std::string found = typed;
@@ -103,7 +107,10 @@ std::string MapUnderRoot(const std::string& root, std::wstring_view path) {
     flush();
     std::string host = root;
     while (host.size() > 1 && host.back() == '/') host.pop_back();
-    for (const auto& p : parts) host += "/" + MatchComponent(host, p);
+    for (const auto& p : parts) {
+        const std::string name = MatchComponent(host, p);
+        host.append("/").append(name);
+    }
     return host;
 }
 
