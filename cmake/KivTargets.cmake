@@ -1,7 +1,7 @@
 # Helpers shared by the project's CMake files. Sources are collected per folder so
 # that adding a file pair to a module needs no edit of the build files.
 
-set(KIV_ROOT ${CMAKE_CURRENT_LIST_DIR}/..)
+get_filename_component(KIV_ROOT "${CMAKE_CURRENT_LIST_DIR}/.." ABSOLUTE)
 
 function(kiv_apply_options target)
   target_compile_options(${target} PRIVATE -Wall -Wextra)

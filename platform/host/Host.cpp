@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <mutex>
 #include <optional>
@@ -39,9 +40,11 @@ std::string DefaultDeviceRoot() {
     std::string data = Env("XDG_DATA_HOME");
     if (data.empty()) {
         std::string home = Env("HOME");
-        data = (home.empty() ? std::string("/tmp") : home) + "/.local/share";
+        data = home.empty() ? std::string("/tmp") : home;
+        data.append("/.local/share");
     }
-    return data + "/kiv/device";
+    data.append("/kiv/device");
+    return data;
 }
 
 std::wstring FolderOrDefault(const std::optional<std::wstring>& set, const char* env, const wchar_t* fallback) {
@@ -69,7 +72,9 @@ bool SameNameIgnoringCase(std::wstring_view a, std::wstring_view b) {
 std::string MatchComponent(const std::string& dir, const std::wstring& component) {
     std::string typed = kiv_text::ToUtf8(component);
     struct stat st;
-    if (::lstat((dir + "/" + typed).c_str(), &st) == 0) return typed;
+    std::string candidate = dir;
+    candidate.append("/").append(typed);
+    if (::lstat(candidate.c_str(), &st) == 0) return typed;
     DIR* d = ::opendir(dir.c_str());
     if (!d) return typed;
     std::string found = typed;
@@ -102,7 +107,10 @@ std::string MapUnderRoot(const std::string& root, std::wstring_view path) {
     flush();
     std::string host = root;
     while (host.size() > 1 && host.back() == '/') host.pop_back();
-    for (const auto& p : parts) host += "/" + MatchComponent(host, p);
+    for (const auto& p : parts) {
+        const std::string name = MatchComponent(host, p);
+        host.append("/").append(name);
+    }
     return host;
 }
 
@@ -130,7 +138,10 @@ std::string GetDeviceRoot() {
 
 std::string ToHostPath(std::wstring_view path) {
     if (!path.empty() && path.front() == L'\\') return MapUnderRoot(GetDeviceRoot(), path);
-    return kiv_text::ToUtf8(path);
+    std::string host = kiv_text::ToUtf8(path);
+    // A relative name spelled the device's way (sub\a.ini) still finds its folder.
+    if (!path.empty() && path.front() != L'/') std::replace(host.begin(), host.end(), '\\', '/');
+    return host;
 }
 
 void SetBaseFolders(const std::wstring& exe, const std::wstring& root, const std::wstring& docs) {

@@ -32,9 +32,10 @@ void WriteToStderr(const LogEntry& e) {
     if (e.level > DefaultLevel()) return;
     static const char* const names[] = {"error", "warning", "notice", "debug"};
     const char* name = (e.level >= 0 && e.level <= 3) ? names[e.level] : "log";
-    std::string line = "[" + std::string(name) + "] " + e.source;
-    if (e.line > 0) line += ":" + std::to_string(e.line);
-    line += ": " + kiv_text::ToUtf8(e.text) + "\n";
+    std::string line;
+    line.append("[").append(name).append("] ").append(e.source);
+    if (e.line > 0) line.append(":").append(std::to_string(e.line));
+    line.append(": ").append(kiv_text::ToUtf8(e.text)).append("\n");
     std::fwrite(line.data(), 1, line.size(), stderr);
 }
 

@@ -45,6 +45,8 @@ size_t DecodeUtf8At(std::string_view bytes, size_t i, char32_t& c) {
     return len;
 }
 
+}  // namespace
+
 bool IsValidUtf8(std::string_view bytes) {
     char32_t c;
     for (size_t i = 0; i < bytes.size();) {
@@ -54,8 +56,6 @@ bool IsValidUtf8(std::string_view bytes) {
     }
     return true;
 }
-
-}  // namespace
 
 std::string ToUtf8(std::wstring_view text) {
     std::string out;

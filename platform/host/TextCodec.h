@@ -9,6 +9,7 @@
 namespace kiv_text {
 
 std::string ToUtf8(std::wstring_view text);
+bool IsValidUtf8(std::string_view bytes);  // well-formed, no surrogates, no overlong forms
 std::wstring FromUtf8(std::string_view bytes);
 std::string ToUtf16Le(std::wstring_view text);       // no BOM
 std::wstring FromUtf16Le(std::string_view bytes);    // no BOM expected; an odd last byte is dropped

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cassert>
+#include <cstddef>
 #include <utility>
 #include <vector>
 
@@ -17,15 +18,15 @@ public:
     bool IsEmpty() const { return items_.empty(); }
     int GetUpperBound() const { return GetSize() - 1; }
 
-    void SetSize(int size) { items_.resize(size < 0 ? 0 : static_cast<size_t>(size)); }
+    void SetSize(int size) { items_.resize(size < 0 ? 0 : static_cast<std::size_t>(size)); }
 
     const T& GetAt(int i) const {
         assert(i >= 0 && i < GetSize());
-        return items_[static_cast<size_t>(i)];
+        return items_[static_cast<std::size_t>(i)];
     }
     T& GetAt(int i) {
         assert(i >= 0 && i < GetSize());
-        return items_[static_cast<size_t>(i)];
+        return items_[static_cast<std::size_t>(i)];
     }
     void SetAt(int i, const T& v) { GetAt(i) = v; }
     const T& operator[](int i) const { return GetAt(i); }
@@ -50,8 +51,8 @@ public:
 
     void InsertAt(int i, const T& v, int count = 1) {
         if (i < 0) i = 0;
-        if (i > GetSize()) items_.resize(static_cast<size_t>(i));
-        items_.insert(items_.begin() + i, static_cast<size_t>(count < 0 ? 0 : count), v);
+        if (i > GetSize()) items_.resize(static_cast<std::size_t>(i));
+        items_.insert(items_.begin() + i, static_cast<std::size_t>(count < 0 ? 0 : count), v);
     }
     void RemoveAt(int i, int count = 1) {
         if (i < 0 || count <= 0 || i >= GetSize()) return;

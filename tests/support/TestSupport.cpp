@@ -64,3 +64,7 @@ void WriteFileBytes(const std::string& hostPath, const std::string& bytes) {
 }
 
 }  // namespace kiv_test
+
+#include "platform/host/TextCodec.h"
+
+void PrintTo(const CKivStringT& text, std::ostream* os) { *os << '"' << kiv_text::ToUtf8(text.view()) << '"'; }

@@ -57,3 +57,10 @@ std::string ReadFileBytes(const std::string& hostPath);
 void WriteFileBytes(const std::string& hostPath, const std::string& bytes);
 
 }  // namespace kiv_test
+
+#include <ostream>
+
+#include "platform/kivutils/KivString.h"
+
+// Lets GoogleTest print the family's strings in failure messages.
+void PrintTo(const CKivStringT& text, std::ostream* os);

@@ -1,0 +1,40 @@
+// The INI reader and writer of kiv_settings: a whole file to a CThreeTupleStore and
+// back. Sections are "[name]" lines, records "key=value" lines, ';' and '#' lines are
+// comments; records before the first section belong to the section named "".
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/kivutils/ThreeTupleStore.h"
+
+namespace kiv_settings {
+
+// The character encodings of the family's text files. Every file is written with CR LF
+// line ends; eEncodingUtf16LE is the default for files the system writes.
+enum ETextEncoding : int {
+    eEncodingAnsi = 0,     // one byte a character, Latin-1
+    eEncodingUtf8 = 1,     // UTF-8 without a byte-order mark
+    eEncodingUtf16LE = 2,  // UTF-16LE with the byte-order mark FF FE
+    eEncodingUtf8Bom = 3,  // UTF-8 with the byte-order mark EF BB BF
+};
+
+// Files larger than this are refused rather than read into memory.
+constexpr size_t kMaxIniFileBytes = 16u << 20;
+
+// Replaces the store's content with the file's and reports the encoding found (a file
+// without a mark is UTF-8 when it is valid UTF-8, ANSI otherwise). False, with an empty
+// store and eEncodingUtf16LE, when the file is missing, unreadable or too large.
+bool readSettingsAsIni(const wchar_t* path, CThreeTupleStore& store, ETextEncoding& encoding);
+
+// Writes the whole store as the file's new content, atomically. False, with the file
+// untouched, when the store cannot be written as INI in that encoding: a line break in
+// any text, a section name with ']', a key with '=' or starting with ';', '#' or '[',
+// blanks at either end of a name, an empty key, or a character the encoding lacks.
+bool writeSettingsAsIni(const wchar_t* path, const CThreeTupleStore& store, ETextEncoding encoding);
+
+// The same on bytes in memory.
+void parseSettingsIni(std::string_view bytes, CThreeTupleStore& store, ETextEncoding& encoding);
+bool formatSettingsIni(const CThreeTupleStore& store, ETextEncoding encoding, std::string& bytes);
+
+}  // namespace kiv_settings

@@ -1,0 +1,331 @@
+// Tag forming and a lenient tokenizer. Every scan stops at the end of the text, and the
+// searches for the ends of comments and the like remember their last answer, so a file of
+// nothing but unfinished markup is still read in linear time.
+#include "platform/kivutils/XmlParser.h"
+
+#include "platform/host/TextCodec.h"
+#include "platform/win32/Win32.h"
+
+namespace {
+
+constexpr DWORD kErrorFileTooLarge = 223;  // ERROR_FILE_TOO_LARGE
+
+bool IsBlank(wchar_t c) { return c == L' ' || c == L'\t' || c == L'\r' || c == L'\n'; }
+
+bool IsNameStart(wchar_t c) {
+    return (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z') || c == L'_' || c == L':' ||
+           static_cast<unsigned long>(c) >= 0x80;
+}
+
+bool IsNameChar(wchar_t c) { return IsNameStart(c) || (c >= L'0' && c <= L'9') || c == L'-' || c == L'.'; }
+
+std::wstring_view TrimBlanks(std::wstring_view text) {
+    while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
+    while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
+    return text;
+}
+
+void AppendEscaped(std::wstring& out, wchar_t c) {
+    switch (c) {
+        case L'&': out += L"&amp;"; return;
+        case L'<': out += L"&lt;"; return;
+        case L'>': out += L"&gt;"; return;
+        case L'"': out += L"&quot;"; return;
+        default: break;
+    }
+    // Line breaks and tabs as references survive attribute-value normalisation and keep
+    // the element on one line; other control characters are not XML at all, but our own
+    // reader restores them, so no name is ever lost.
+    if (static_cast<unsigned long>(c) < 0x20) {
+        out += L"&#" + std::to_wstring(static_cast<unsigned>(c)) + L";";
+        return;
+    }
+    out.push_back(c);
+}
+
+// The character of a numeric reference "#123" or "#x7B", or 0 when it is not one.
+wchar_t NumericReference(std::wstring_view body) {
+    if (body.size() < 2 || body[0] != L'#') return 0;
+    const bool hex = body[1] == L'x';
+    const std::wstring_view digits = body.substr(hex ? 2 : 1);
+    if (digits.empty() || digits.size() > 8) return 0;
+    unsigned long value = 0;
+    for (wchar_t d : digits) {
+        int v;
+        if (d >= L'0' && d <= L'9') v = d - L'0';
+        else if (hex && d >= L'a' && d <= L'f') v = d - L'a' + 10;
+        else if (hex && d >= L'A' && d <= L'F') v = d - L'A' + 10;
+        else return 0;
+        value = value * (hex ? 16 : 10) + static_cast<unsigned long>(v);
+    }
+    if (value == 0 || value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF)) return 0;
+    return static_cast<wchar_t>(value);
+}
+
+// Resolves the five predefined entities and numeric references; anything else that
+// begins with '&' stays as it stands.
+std::wstring Unescape(std::wstring_view text) {
+    std::wstring out;
+    out.reserve(text.size());
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == L'&') {
+            const size_t semicolon = text.find(L';', i + 1);
+            if (semicolon != std::wstring_view::npos && semicolon - i <= 11) {
+                const std::wstring_view body = text.substr(i + 1, semicolon - i - 1);
+                wchar_t c = 0;
+                if (body == L"amp") c = L'&';
+                else if (body == L"lt") c = L'<';
+                else if (body == L"gt") c = L'>';
+                else if (body == L"quot") c = L'"';
+                else if (body == L"apos") c = L'\'';
+                else c = NumericReference(body);
+                if (c != 0) {
+                    out.push_back(c);
+                    i = semicolon;
+                    continue;
+                }
+            }
+        }
+        out.push_back(text[i]);
+    }
+    return out;
+}
+
+}  // namespace
+
+// ---- forming -------------------------------------------------------------------------------
+
+int CXmlParserBase::TagTypeFlag(int tagType) {
+    switch (tagType) {
+        case eTagOwnLine: return eTagLineBreak;
+        case eTagWithAttributes: return eTagOpenForAttributes;
+        case eTagEndsLine: return eTagLineBreak;
+        default: return 0;
+    }
+}
+
+CKivStringT CXmlParserBase::OpenTag(const wchar_t* name, int flags) {
+    CKivStringT tag(L"<");
+    tag += name;
+    if (!(flags & eTagOpenForAttributes)) tag += L">";
+    if (flags & eTagLineBreak) tag += L"\r\n";
+    return tag;
+}
+
+CKivStringT CXmlParserBase::CloseTag(const wchar_t* name, int flags) {
+    CKivStringT tag(L"</");
+    tag += name;
+    tag += L">";
+    if (flags & eTagLineBreak) tag += L"\r\n";
+    return tag;
+}
+
+CKivStringT CXmlParserBase::FormAttrib(const wchar_t* name, const wchar_t* value, bool closeTag) {
+    std::wstring out = L" ";
+    out += name ? name : L"";
+    out += L"=\"";
+    for (const wchar_t* c = value ? value : L""; *c; ++c) AppendEscaped(out, *c);
+    out += closeTag ? L"\">" : L"\"";
+    return CKivStringT(std::move(out));
+}
+
+// ---- reading ---------------------------------------------------------------------------------
+
+int CXmlParser::Initialize(const wchar_t* path, CXmlParser*& parser) {
+    parser = nullptr;
+    HANDLE file = CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                              FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return static_cast<int>(GetLastError());
+    DWORD high = 0;
+    const DWORD size = GetFileSize(file, &high);
+    DWORD error = ERROR_SUCCESS;
+    std::string bytes;
+    if (size == INVALID_FILE_SIZE && GetLastError() != NO_ERROR) {
+        error = GetLastError();
+    } else if (high != 0 || size > kMaxFileBytes) {
+        error = kErrorFileTooLarge;
+    } else {
+        bytes.resize(size);
+        DWORD read = 0;
+        if (!ReadFile(file, bytes.data(), size, &read, nullptr)) error = GetLastError();
+        bytes.resize(read);
+    }
+    CloseHandle(file);
+    if (error != ERROR_SUCCESS) return static_cast<int>(error);
+    parser = new (std::nothrow) CXmlParser(kiv_text::DecodeText(bytes));
+    return parser ? 0 : static_cast<int>(ERROR_NOT_ENOUGH_MEMORY);
+}
+
+void CXmlParser::Destroy(CXmlParser*& parser) {
+    delete parser;
+    parser = nullptr;
+}
+
+size_t CXmlParser::Search(std::wstring_view pattern, size_t from, SearchCache& cache) const {
+    // A search from inside the span of the last one ends where that one ended.
+    if (cache.from != std::wstring::npos && from >= cache.from && from <= cache.found) return cache.found;
+    cache.from = from;
+    cache.found = std::wstring_view(text_).find(pattern, from);
+    return cache.found;
+}
+
+// A start or end tag at `at`, well formed up to its '>': a name, then for a start tag
+// attribute text in which '<' appears nowhere, quoted or not.
+bool CXmlParser::TryTagAt(size_t at, Markup& markup) const {
+    const size_t size = text_.size();
+    size_t i = at + 1;
+    const bool end = i < size && text_[i] == L'/';
+    if (end) ++i;
+    if (i >= size || !IsNameStart(text_[i])) return false;
+    while (i < size && IsNameChar(text_[i])) ++i;
+    markup.nameEnd = i;
+    if (end) {
+        while (i < size && IsBlank(text_[i])) ++i;
+        if (i >= size || text_[i] != L'>') return false;
+        markup = Markup{Kind::End, at, i + 1, markup.nameEnd, false};
+        return true;
+    }
+    if (i < size && !IsBlank(text_[i]) && text_[i] != L'/' && text_[i] != L'>') return false;
+    wchar_t quote = 0;
+    wchar_t last = 0;  // the last character outside quotes that is not blank
+    for (; i < size; ++i) {
+        const wchar_t c = text_[i];
+        if (c == L'<') return false;
+        if (quote) {
+            if (c == quote) quote = 0;
+        } else if (c == L'"' || c == L'\'') {
+            quote = c;
+        } else if (c == L'>') {
+            markup = Markup{Kind::Start, at, i + 1, markup.nameEnd, last == L'/'};
+            return true;
+        }
+        if (!IsBlank(c) && !quote) last = c;
+    }
+    return false;
+}
+
+bool CXmlParser::TryMarkupAt(size_t at, Markup& markup) {
+    const std::wstring_view rest = std::wstring_view(text_).substr(at);
+    size_t close = std::wstring::npos, length = 0;
+    if (rest.starts_with(L"<?")) {
+        close = Search(L"?>", at + 2, piEnd_), length = 2;
+    } else if (rest.starts_with(L"<!--")) {
+        close = Search(L"-->", at + 4, commentEnd_), length = 3;
+    } else if (rest.starts_with(L"<![CDATA[")) {
+        close = Search(L"]]>", at + 9, cdataEnd_), length = 3;
+    } else if (rest.starts_with(L"<!")) {
+        close = Search(L">", at + 2, declarationEnd_), length = 1;
+    } else {
+        return TryTagAt(at, markup);
+    }
+    if (close == std::wstring::npos) return false;
+    markup = Markup{Kind::Skip, at, close + length, 0, false};
+    return true;
+}
+
+CXmlParser::Markup CXmlParser::FindMarkup(size_t from) {
+    if (hasNext_ && next_.at >= from) return next_;
+    for (size_t at = text_.find(L'<', from); at != std::wstring::npos; at = text_.find(L'<', at + 1)) {
+        Markup markup;
+        if (TryMarkupAt(at, markup)) return markup;
+    }
+    return Markup{Kind::None, text_.size(), text_.size(), 0, false};
+}
+
+bool CXmlParser::ReadToken(CKivStringT& tag, CKivStringT& attributes, CKivStringT& content) {
+    tag.Empty();
+    attributes.Empty();
+    content.Empty();
+    if (!pendingEnd_.IsEmpty()) {
+        tag = pendingEnd_;
+        pendingEnd_.Empty();
+        return true;
+    }
+    for (;;) {
+        const Markup markup = FindMarkup(pos_);
+        hasNext_ = false;
+        if (markup.kind == Kind::None) {
+            pos_ = text_.size();
+            return false;
+        }
+        pos_ = markup.end;
+        if (markup.kind == Kind::Skip) continue;
+        const std::wstring_view text(text_);
+        if (markup.kind == Kind::End) {
+            tag = L"/" + std::wstring(text.substr(markup.at + 2, markup.nameEnd - markup.at - 2));
+            return true;
+        }
+        const std::wstring_view name = text.substr(markup.at + 1, markup.nameEnd - markup.at - 1);
+        tag = CKivStringT(name);
+        std::wstring_view inside = TrimBlanks(text.substr(markup.nameEnd, markup.end - 1 - markup.nameEnd));
+        if (markup.selfClosed) {
+            inside.remove_suffix(1);  // the '/'
+            attributes = CKivStringT(TrimBlanks(inside));
+            pendingEnd_ = L"/" + std::wstring(name);
+            return true;
+        }
+        attributes = CKivStringT(inside);
+        next_ = FindMarkup(pos_);
+        hasNext_ = true;
+        content = CKivStringT(text.substr(pos_, next_.at - pos_));
+        return true;
+    }
+}
+
+CKivStringT CXmlParser::ReadAttrib(const CKivStringT& attributes, const wchar_t* name) {
+    const std::wstring_view text = attributes.view();
+    const std::wstring_view wanted = name ? name : L"";
+    size_t i = 0;
+    const auto skipBlanks = [&] {
+        while (i < text.size() && IsBlank(text[i])) ++i;
+    };
+    for (;;) {
+        skipBlanks();
+        const size_t nameStart = i;
+        while (i < text.size() && !IsBlank(text[i]) && text[i] != L'=') ++i;
+        const std::wstring_view attribute = text.substr(nameStart, i - nameStart);
+        skipBlanks();
+        if (attribute.empty() || i >= text.size() || text[i] != L'=') return {};
+        ++i;
+        skipBlanks();
+        std::wstring_view value;
+        if (i < text.size() && (text[i] == L'"' || text[i] == L'\'')) {
+            const size_t close = text.find(text[i], i + 1);
+            if (close == std::wstring_view::npos) return {};
+            value = text.substr(i + 1, close - i - 1);
+            i = close + 1;
+        } else {  // an unquoted value, as lenient readers accept
+            const size_t start = i;
+            while (i < text.size() && !IsBlank(text[i])) ++i;
+            value = text.substr(start, i - start);
+        }
+        if (attribute == wanted) return CKivStringT(Unescape(value));
+    }
+}
+
+bool CXmlParser::ParseValuesInBrackets(const CKivStringT& content, CKivArray<CKivStringT>& list, wchar_t separator) {
+    list.RemoveAll();
+    const std::wstring_view trimmed = TrimBlanks(content.view());
+    if (trimmed.size() < 2 || trimmed.front() != L'[' || trimmed.back() != L']') {
+        if (!content.IsEmpty()) list.Add(content);
+        return true;
+    }
+    std::wstring_view inner = trimmed.substr(1, trimmed.size() - 2);
+    for (;;) {
+        const size_t sep = inner.find(separator);
+        list.Add(CKivStringT(inner.substr(0, sep)));
+        if (sep == std::wstring_view::npos) break;
+        inner.remove_prefix(sep + 1);
+    }
+    return true;
+}
+
+namespace kiv_formats {
+
+bool WriteString(FILE* file, const CKivStringT& text) {
+    if (!file) return false;
+    const std::string bytes = kiv_text::ToUtf8(text.view());
+    return std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+}
+
+}  // namespace kiv_formats

@@ -1,0 +1,114 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "platform/host/Host.h"
+#include "platform/host/TextCodec.h"
+#include "platform/kivutils/KivLog.h"
+#include "platform/kivutils/Xlate.h"
+#include "tests/support/TestSupport.h"
+
+namespace fs = std::filesystem;
+
+TEST(DevicePaths, MatchExistingComponentsIgnoringCase) {
+    kiv_test::TempDeviceRoot root;
+    kiv_test::WriteFileBytes(root.path() + "/Storage Card/a.txt", "x");
+    EXPECT_EQ(kiv_host::ToHostPath(L"\\STORAGE CARD\\a.TXT"), root.path() + "/Storage Card/a.txt");
+    EXPECT_EQ(kiv_host::ToHostPath(L"\\Storage Card\\New\\b.txt"), root.path() + "/Storage Card/New/b.txt");
+    EXPECT_EQ(kiv_host::ToHostPath(L"/etc/hostname"), "/etc/hostname");
+    EXPECT_EQ(kiv_host::ToHostPath(L"relative.txt"), "relative.txt");
+}
+
+TEST(DevicePaths, NeverClimbAboveTheDeviceRoot) {
+    kiv_test::TempDeviceRoot root;
+    EXPECT_EQ(kiv_host::ToHostPath(L"\\..\\..\\etc\\passwd"), root.path() + "/etc/passwd");
+    EXPECT_EQ(kiv_host::ToHostPath(L"\\a\\.\\b\\..\\c"), root.path() + "/a/c");
+}
+
+TEST(HostKnobs, DefaultsComeFromTheEnvironmentUntilSet) {
+    kiv_host::ResetForTesting();
+    ::setenv("KIV_DEVICE_ROOT", "/tmp/kiv-env-root", 1);
+    ::setenv("KIV_ROOT_DIR", "\\Elsewhere", 1);
+    ::setenv("KIV_MODEL", "mirel", 1);
+    EXPECT_EQ(kiv_host::GetDeviceRoot(), "/tmp/kiv-env-root");
+    EXPECT_EQ(kiv_host::GetRootFolder(), L"\\Elsewhere");
+    EXPECT_EQ(kiv_host::GetModel(), kiv_host::EModel::Mirel);
+    kiv_host::SetDeviceRoot("/tmp/set");
+    kiv_host::SetModel(kiv_host::EModel::Getac);
+    EXPECT_EQ(kiv_host::GetDeviceRoot(), "/tmp/set");
+    EXPECT_EQ(kiv_host::GetModel(), kiv_host::EModel::Getac);
+    ::unsetenv("KIV_DEVICE_ROOT");
+    ::unsetenv("KIV_ROOT_DIR");
+    ::unsetenv("KIV_MODEL");
+    kiv_host::ResetForTesting();
+    EXPECT_EQ(kiv_host::GetExeFolder(), L"\\Program Files\\Zeb");
+    EXPECT_EQ(kiv_host::GetRootFolder(), L"\\Zeb");
+    EXPECT_EQ(kiv_host::GetDocsFolder(), L"\\My Documents\\Zeb");
+    EXPECT_EQ(kiv_host::GetModel(), kiv_host::EModel::Unknown);
+}
+
+TEST(HostKnobs, ResetRunsEveryHookOnce) {
+    int runs = 0;
+    kiv_host::AddResetHook("test.counter", [&runs] { ++runs; });
+    kiv_host::AddResetHook("test.counter", [&runs] { runs += 10; });  // replaces the first
+    kiv_host::ResetForTesting();
+    EXPECT_EQ(runs, 10);
+    kiv_host::AddResetHook("test.counter", [] {});
+}
+
+TEST(Logs, ReachTheSinkWithLevelSourceAndLine) {
+    kiv_test::LogCapture logs;
+    kiv_err_log("UnitConvertEx", 42, L"");
+    LOGMESSAGE(1, L"cannot read %s (%d)", L"file.xml", 7);
+    KIV_TRACE_DEBUG(L"trace %.1f", 0.5);
+    ASSERT_EQ(logs.count(), 3u);
+    EXPECT_EQ(logs.entries()[0].level, 0);
+    EXPECT_EQ(logs.entries()[0].source, "UnitConvertEx");
+    EXPECT_EQ(logs.entries()[0].line, 42);
+    EXPECT_EQ(logs.entries()[1].text, L"cannot read file.xml (7)");
+    EXPECT_EQ(logs.entries()[1].source, "HostTest");
+    EXPECT_EQ(logs.entries()[2].level, kiv_host::kLogDebug);
+}
+
+TEST(TextCodec, RoundTripsBeyondTheBasicPlane) {
+    const std::wstring text = L"a\u00E9\u20AC\U0001F600z";
+    EXPECT_EQ(kiv_text::FromUtf8(kiv_text::ToUtf8(text)), text);
+    const std::string utf16 = kiv_text::ToUtf16Le(text);
+    EXPECT_EQ(utf16.size(), 2u * 6);  // the emoji takes a surrogate pair
+    EXPECT_EQ(kiv_text::FromUtf16Le(utf16), text);
+    EXPECT_EQ(kiv_text::FromUtf8("\xC3"), L"\uFFFD");
+    EXPECT_EQ(kiv_text::FromUtf16Le(std::string("\x00\xD8", 2)), L"\uFFFD");  // lone surrogate
+    kiv_text::Encoding e;
+    EXPECT_EQ(kiv_text::DecodeText(std::string("\xFF\xFE" "a\0", 4), &e), L"a");
+    EXPECT_EQ(e, kiv_text::Encoding::Utf16LeBom);
+    EXPECT_EQ(kiv_text::DecodeText("caf\xE9", &e), L"caf\u00E9");
+    EXPECT_EQ(e, kiv_text::Encoding::Latin1);
+}
+
+TEST(Xlate, TranslatesOnlyAfterALanguageFileIsLoaded) {
+    kiv_test::TempDeviceRoot root;
+    EXPECT_STREQ(Xlate(L"ch"), L"ch");
+    kiv_test::WriteFileBytes(root.HostPath(L"\\lang\\de.txt"),
+                             "\xEF\xBB\xBF# units\nch\tkt\nTab\\there\tTab\\tda\n\nf\t\\\\\n");
+    ASSERT_TRUE(LoadLanguageFile(L"\\lang\\de.txt"));
+    EXPECT_STREQ(Xlate(L"ch"), L"kt");
+    EXPECT_STREQ(Xlate(L"Tab\there"), L"Tab\tda");
+    EXPECT_STREQ(Xlate(L"f"), L"\\");
+    EXPECT_STREQ(Xlate(L"m"), L"m");
+    const wchar_t* held = Xlate(L"ch");
+    kiv_test::WriteFileBytes(root.HostPath(L"\\lang\\bad.txt"), "ok\tfine\nno tab here\n");
+    {
+        kiv_test::LogCapture logs;
+        EXPECT_FALSE(LoadLanguageFile(L"\\lang\\bad.txt"));
+        ASSERT_EQ(logs.count(), 1u);
+        EXPECT_NE(logs.entries()[0].text.find(L"line 2"), std::wstring::npos);
+    }
+    EXPECT_STREQ(Xlate(L"ch"), L"kt");  // the failed load changed nothing
+    kiv_test::WriteFileBytes(root.HostPath(L"\\lang\\fr.txt"), std::string("\xFF\xFE" "c\0h\0\t\0x\0", 10));
+    ASSERT_TRUE(LoadLanguageFile(L"\\lang\\fr.txt"));
+    EXPECT_STREQ(Xlate(L"ch"), L"x");
+    EXPECT_STREQ(held, L"kt");  // earlier results stay valid
+    UnloadLanguage();
+    EXPECT_STREQ(Xlate(L"ch"), L"ch");
+}

@@ -1,0 +1,102 @@
+// CFileAnsi on real files: the encodings and line ends met in the field, blank lines,
+// lines that cross the reader's chunks, and files without a final line end.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "platform/host/TextCodec.h"
+#include "platform/kivutils/FileAnsi.h"
+#include "tests/support/TestSupport.h"
+
+namespace {
+
+class FileAnsi : public ::testing::Test {
+protected:
+    std::vector<std::wstring> NonBlankLines(const std::string& bytes) {
+        kiv_test::WriteFileBytes(root.path() + "/f.txt", bytes);
+        CFileAnsi file;
+        EXPECT_TRUE(file.Open(L"\\f.txt"));
+        std::vector<std::wstring> lines;
+        CKivStringT line;
+        int n;
+        while ((n = file.ReadNextNonBlankWCLine(line)) > 0) {
+            EXPECT_EQ(n, line.GetLength());
+            lines.push_back(line.str());
+        }
+        EXPECT_EQ(n, 0);
+        return lines;
+    }
+    kiv_test::TempDeviceRoot root;
+};
+
+using Lines = std::vector<std::wstring>;
+
+TEST_F(FileAnsi, ReadsAnsiAsLatin1) {
+    EXPECT_EQ(NonBlankLines("Name: K\xF6ln\r\nCountry: Espa\xF1" "a\r\n"), (Lines{L"Name: K\u00F6ln", L"Country: Espa\u00F1a"}));
+}
+
+TEST_F(FileAnsi, ReadsUtf8WithAndWithoutMark) {
+    EXPECT_EQ(NonBlankLines("K\xC3\xB6ln\n\xE2\x82\xAC"), (Lines{L"K\u00F6ln", L"\u20AC"}));
+    EXPECT_EQ(NonBlankLines("\xEF\xBB\xBFK\xC3\xB6ln\r\n"), (Lines{L"K\u00F6ln"}));
+}
+
+TEST_F(FileAnsi, ReadsUtf16LeWithMark) {
+    const std::string bytes = "\xFF\xFE" + kiv_text::ToUtf16Le(L"<BR><B>Ri\u00E9ga</B>\r\n\r\nStatus: \U0001F4E1 ok\r\n");
+    EXPECT_EQ(NonBlankLines(bytes), (Lines{L"<BR><B>Ri\u00E9ga</B>", L"Status: \U0001F4E1 ok"}));
+}
+
+TEST_F(FileAnsi, SkipsBlankLinesAndKeepsTheOthersAsTheyStand) {
+    EXPECT_EQ(NonBlankLines("\n  \t\r\n  a  \r\n\r\n\nb"), (Lines{L"  a  ", L"b"}));
+}
+
+TEST_F(FileAnsi, ReadNextLineReturnsEmptyLinesToo) {
+    kiv_test::WriteFileBytes(root.path() + "/f.txt", "a\r\n\r\nb\r\n");
+    CFileAnsi file(L"\\F.TXT");
+    CKivStringT line;
+    std::vector<std::wstring> lines;
+    while (file.ReadNextWCLine(line)) lines.push_back(line.str());
+    EXPECT_EQ(lines, (Lines{L"a", L"", L"b"}));
+}
+
+TEST_F(FileAnsi, LinesCrossingTheReadChunksComeOutWhole) {
+    std::wstring expected;
+    for (int i = 0; i < 20000; ++i) expected += L"line \u00E9\u20AC " + std::to_wstring(i) + L"\r\n";
+    for (const std::string& bytes : {kiv_text::ToUtf8(expected), "\xFF\xFE" + kiv_text::ToUtf16Le(expected)}) {
+        const Lines lines = NonBlankLines(bytes);
+        ASSERT_EQ(lines.size(), 20000u);
+        EXPECT_EQ(lines[12345], L"line \u00E9\u20AC 12345");
+        EXPECT_EQ(lines.back(), L"line \u00E9\u20AC 19999");
+    }
+}
+
+TEST_F(FileAnsi, AnOverlongLineComesInPiecesWithoutLosingACharacter) {
+    std::wstring text(3 * CFileAnsi::kMaxLineBytes, L'a');
+    text[CFileAnsi::kMaxLineBytes - 1] = L'\u20AC';  // a three-byte character across the first cut
+    Lines lines = NonBlankLines(kiv_text::ToUtf8(text) + "\nnext");
+    ASSERT_GE(lines.size(), 4u);
+    EXPECT_EQ(lines.back(), L"next");
+    lines.pop_back();
+    std::wstring joined;
+    for (const auto& piece : lines) {
+        EXPECT_LE(kiv_text::ToUtf8(piece).size(), CFileAnsi::kMaxLineBytes);
+        joined += piece;
+    }
+    EXPECT_EQ(joined, text);
+}
+
+TEST_F(FileAnsi, MissingFilesAndClosedReadersFailCleanly) {
+    CFileAnsi file;
+    CKivStringT line;
+    EXPECT_EQ(file.ReadNextNonBlankWCLine(line), -1);
+    EXPECT_FALSE(file.Open(L"\\none.txt"));
+    EXPECT_FALSE(file.IsOpen());
+    EXPECT_FALSE(file.ReadNextWCLine(line));
+}
+
+TEST_F(FileAnsi, ATruncatedUtf16FileKeepsItsWholeCharacters) {
+    EXPECT_EQ(NonBlankLines("\xFF\xFE" + kiv_text::ToUtf16Le(L"ab") + "c"), (Lines{L"ab"}));
+    EXPECT_EQ(NonBlankLines("\xFF\xFE"), Lines{});
+}
+
+}  // namespace

@@ -1,0 +1,255 @@
+// The INI store, reader and writer: lookups as INI users expect, files in every
+// encoding the field produces, a round trip checked by an independent reader
+// (Python's configparser), refusals that keep a file from being corrupted, and
+// atomic replacement.
+#include <cstdio>
+#include <filesystem>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "platform/host/TextCodec.h"
+#include "platform/kivutils/IniFile.h"
+#include "platform/win32/Win32.h"
+#include "tests/support/TestSupport.h"
+
+namespace {
+
+using kiv_settings::CThreeTupleStore;
+using kiv_settings::ETextEncoding;
+
+// ---- the store ---------------------------------------------------------------------------------
+
+TEST(ThreeTupleStore, FindsSectionsAndKeysWhateverTheirCase) {
+    CThreeTupleStore store;
+    store.SetValue(L"LAST_SELECTED_FILE_PATH", L"Image", L"\\Storage Card\\Pics");
+    EXPECT_EQ(store.GetValue(L"last_selected_file_path", L"IMAGE"), L"\\Storage Card\\Pics");
+    EXPECT_EQ(store.GetValue(L"LAST_SELECTED_FILE_PATH", L"DTM", L"none"), L"none");
+    EXPECT_EQ(store.GetValue(L"Other", L"Image", L"none"), L"none");
+    EXPECT_EQ(store.GetValue(L"Other", L"Image"), L"");
+}
+
+TEST(ThreeTupleStore, SetReplacesInPlaceAndKeepsTheFirstSpelling) {
+    CThreeTupleStore store;
+    store.SetValue(L"S", L"a", L"1");
+    store.SetValue(L"S", L"b", L"2");
+    store.SetValue(L"s", L"A", L"3");
+    ASSERT_EQ(store.GetSectionCount(), 1);
+    EXPECT_EQ(store.GetSectionName(0), L"S");
+    ASSERT_EQ(store.GetKeyCount(0), 2);
+    EXPECT_EQ(store.GetKeyName(0, 0), L"a");
+    EXPECT_EQ(store.GetValueAt(0, 0), L"3");
+    EXPECT_FALSE(store.AddValue(L"S", L"B", L"x"));
+    EXPECT_EQ(store.GetValue(L"S", L"b"), L"2");
+}
+
+TEST(ThreeTupleStore, KeepsInsertionOrderThroughRemovals) {
+    CThreeTupleStore store;
+    for (const wchar_t* s : {L"C", L"A", L"B"}) store.SetValue(s, L"k", s);
+    store.SetValue(L"A", L"x", L"1");
+    store.SetValue(L"A", L"y", L"2");
+    EXPECT_TRUE(store.RemoveSection(L"a"));
+    EXPECT_FALSE(store.RemoveSection(L"a"));
+    EXPECT_EQ(store.GetSectionName(1), L"B");
+    EXPECT_EQ(store.GetValue(L"B", L"k"), L"B");
+    store.SetValue(L"C", L"z", L"3");
+    EXPECT_TRUE(store.RemoveValue(L"C", L"K"));
+    EXPECT_EQ(store.GetKeyName(0, 0), L"z");
+    EXPECT_EQ(store.GetValue(L"C", L"z"), L"3");
+    EXPECT_EQ(store.GetKeyName(7, 0), L"");
+    EXPECT_EQ(store.GetKeyName(0, -1), L"");
+}
+
+// ---- reading -----------------------------------------------------------------------------------------
+
+CThreeTupleStore Parse(const std::string& bytes, ETextEncoding* found = nullptr) {
+    CThreeTupleStore store;
+    ETextEncoding encoding;
+    kiv_settings::parseSettingsIni(bytes, store, encoding);
+    if (found) *found = encoding;
+    return store;
+}
+
+TEST(IniReading, IgnoresCommentsAndKeepsValuesExactlyButForTheBlanksAroundEquals) {
+    const auto store = Parse(
+        "; comment\r\n# another\r\n[Settings]\r\n  EuStyle  =  1\r\nName=a = b ; not a comment  \r\n"
+        "  ; indented comment\r\nEmpty=\r\n");
+    EXPECT_EQ(store.GetValue(L"Settings", L"EuStyle"), L"1");
+    EXPECT_EQ(store.GetValue(L"Settings", L"Name"), L"a = b ; not a comment  ");
+    EXPECT_TRUE(store.HasValue(L"Settings", L"Empty"));
+    EXPECT_EQ(store.GetKeyCount(0), 3);
+}
+
+TEST(IniReading, TakesTheFirstOfDuplicateKeysAndMergesSectionsByName) {
+    const auto store = Parse("[A]\nk=1\nk=2\n[B]\nj=3\n[a]\nK=4\nm=5\n");
+    EXPECT_EQ(store.GetValue(L"A", L"k"), L"1");
+    EXPECT_EQ(store.GetValue(L"A", L"m"), L"5");
+    EXPECT_EQ(store.GetSectionCount(), 2);
+}
+
+TEST(IniReading, KeepsRecordsBeforeTheFirstSectionAndEmptySections) {
+    const auto store = Parse("top=1\n[ Empty ]\n[Full]\nx=2\nnot a record\n=no key\n");
+    EXPECT_EQ(store.GetValue(L"", L"top"), L"1");
+    EXPECT_TRUE(store.HasSection(L"Empty"));
+    EXPECT_EQ(store.GetKeyCount(2), 1);
+}
+
+TEST(IniReading, ReportsTheEncodingItFound) {
+    ETextEncoding found;
+    Parse("\xFF\xFE" + kiv_text::ToUtf16Le(L"[S]\r\nk=\u00E9\r\n"), &found);
+    EXPECT_EQ(found, kiv_settings::eEncodingUtf16LE);
+    Parse("[S]\nk=\xC3\xA9\n", &found);
+    EXPECT_EQ(found, kiv_settings::eEncodingUtf8);
+    Parse("\xEF\xBB\xBF[S]\nk=v\n", &found);
+    EXPECT_EQ(found, kiv_settings::eEncodingUtf8Bom);
+    const auto store = Parse("[S]\nk=\xE9\n", &found);
+    EXPECT_EQ(found, kiv_settings::eEncodingAnsi);
+    EXPECT_EQ(store.GetValue(L"S", L"k"), L"\u00E9");
+}
+
+class IniFiles : public ::testing::Test {
+protected:
+    kiv_test::TempDeviceRoot root;
+};
+
+TEST_F(IniFiles, ReadsAFileFromAWindowsTool) {
+    // As a Windows editor saves "Unicode": FF FE, UTF-16LE, CR LF.
+    kiv_test::WriteFileBytes(root.path() + "/Zeb/nurvo.ini",
+                             "\xFF\xFE" + kiv_text::ToUtf16Le(L"[Settings]\r\nMenuType=2\r\nUseDefaultMeasurmentAccuracies=1\r\n"
+                                                              L"[Bluetooth]\r\nTs=\u00C5land \u6E2C\u91CF\r\n"));
+    CThreeTupleStore store;
+    ETextEncoding encoding = kiv_settings::eEncodingAnsi;
+    ASSERT_TRUE(kiv_settings::readSettingsAsIni(L"\\zeb\\NURVO.INI", store, encoding));
+    EXPECT_EQ(encoding, kiv_settings::eEncodingUtf16LE);
+    EXPECT_EQ(store.GetValue(L"Settings", L"MenuType"), L"2");
+    EXPECT_EQ(store.GetValue(L"Bluetooth", L"Ts"), L"\u00C5land \u6E2C\u91CF");
+}
+
+TEST_F(IniFiles, AMissingFileGivesAnEmptyStoreAndTheDefaultEncoding) {
+    CThreeTupleStore store;
+    store.SetValue(L"stale", L"k", L"v");
+    ETextEncoding encoding = kiv_settings::eEncodingAnsi;
+    EXPECT_FALSE(kiv_settings::readSettingsAsIni(L"\\none.ini", store, encoding));
+    EXPECT_TRUE(store.IsEmpty());
+    EXPECT_EQ(encoding, kiv_settings::eEncodingUtf16LE);
+}
+
+// ---- writing ---------------------------------------------------------------------------------------------
+
+CThreeTupleStore SampleStore() {
+    CThreeTupleStore store;
+    store.SetValue(L"LAST_SELECTED_FILE_PATH", L"ImportExportFiles", L"\\Storage Card\\IE Files");
+    store.SetValue(L"LAST_SELECTED_FILE_PATH", L"Image", L"\\My Documents\\Zeb\\Bilder \u00E4\u00F6\u00FC");
+    store.SetValue(L"CHANNEL1", L"SN", L"LX-4471");
+    store.SetValue(L"CHANNEL1", L"TransHeight", L"1.500000V");
+    store.SetValue(L"CHANNEL1", L"KnownOffset", L"");
+    store.SetValue(L"Columns", L"order", L"Name Code Height \u6E2C\u91CF \U0001F4CD");
+    return store;
+}
+
+TEST_F(IniFiles, WritesUtf16WithMarkAndCrLfAndReadsItBackIdentically) {
+    const CThreeTupleStore store = SampleStore();
+    ASSERT_TRUE(kiv_settings::writeSettingsAsIni(L"\\a.ini", store, kiv_settings::eEncodingUtf16LE));
+    const std::string bytes = kiv_test::ReadFileBytes(root.path() + "/a.ini");
+    ASSERT_GE(bytes.size(), 4u);
+    EXPECT_EQ(bytes.substr(0, 2), "\xFF\xFE");
+    EXPECT_EQ(bytes.substr(bytes.size() - 4), std::string("\r\0\n\0", 4));
+    EXPECT_EQ(kiv_text::FromUtf16Le(bytes.substr(2)).substr(0, 26), L"[LAST_SELECTED_FILE_PATH]\r");
+
+    CThreeTupleStore back;
+    ETextEncoding encoding;
+    ASSERT_TRUE(kiv_settings::readSettingsAsIni(L"\\a.ini", back, encoding));
+    EXPECT_TRUE(back == store);
+    EXPECT_EQ(encoding, kiv_settings::eEncodingUtf16LE);
+}
+
+TEST_F(IniFiles, WritesAndReadsBackAnsiAndUtf8) {
+    CThreeTupleStore store;
+    store.SetValue(L"S", L"k", L"K\u00F6ln  ");
+    for (ETextEncoding e : {kiv_settings::eEncodingAnsi, kiv_settings::eEncodingUtf8, kiv_settings::eEncodingUtf8Bom}) {
+        ASSERT_TRUE(kiv_settings::writeSettingsAsIni(L"\\a.ini", store, e));
+        CThreeTupleStore back;
+        ETextEncoding found;
+        ASSERT_TRUE(kiv_settings::readSettingsAsIni(L"\\a.ini", back, found));
+        EXPECT_EQ(found, e);
+        EXPECT_TRUE(back == store);
+    }
+    EXPECT_EQ(kiv_test::ReadFileBytes(root.path() + "/a.ini"), "\xEF\xBB\xBF[S]\r\nk=K\xC3\xB6ln  \r\n");
+}
+
+TEST_F(IniFiles, RecordsWithoutSectionAndEmptySectionsSurviveARoundTrip) {
+    const CThreeTupleStore store = Parse("top=1\n[Empty]\n[]\nlate=2\n");
+    ASSERT_TRUE(kiv_settings::writeSettingsAsIni(L"\\a.ini", store, kiv_settings::eEncodingUtf8));
+    CThreeTupleStore back;
+    ETextEncoding found;
+    ASSERT_TRUE(kiv_settings::readSettingsAsIni(L"\\a.ini", back, found));
+    EXPECT_TRUE(back == store);
+    EXPECT_EQ(back.GetValue(L"", L"late"), L"2");
+}
+
+TEST_F(IniFiles, RefusesWhatCannotBeReadBackAndLeavesTheFile) {
+    kiv_test::WriteFileBytes(root.path() + "/a.ini", "[S]\r\nk=old\r\n");
+    const auto refuses = [](const wchar_t* section, const wchar_t* key, const wchar_t* value,
+                            ETextEncoding e = kiv_settings::eEncodingUtf16LE) {
+        CThreeTupleStore store;
+        store.SetValue(section, key, value);
+        return !kiv_settings::writeSettingsAsIni(L"\\a.ini", store, e);
+    };
+    EXPECT_TRUE(refuses(L"S", L"k", L"two\r\nlines"));
+    EXPECT_TRUE(refuses(L"S", L"k", L"bare\rreturn"));
+    EXPECT_TRUE(refuses(L"S", L"k=v", L"x"));
+    EXPECT_TRUE(refuses(L"S", L";k", L"x"));
+    EXPECT_TRUE(refuses(L"S", L"[k]", L"x"));
+    EXPECT_TRUE(refuses(L"S", L" k", L"x"));
+    EXPECT_TRUE(refuses(L"S", L"", L"x"));
+    EXPECT_TRUE(refuses(L"a]b", L"k", L"x"));
+    EXPECT_TRUE(refuses(L"S", L"k", L"\u20AC", kiv_settings::eEncodingAnsi));
+    EXPECT_TRUE(refuses(L"S", L"k", L"x", static_cast<ETextEncoding>(9)));
+    EXPECT_EQ(kiv_test::ReadFileBytes(root.path() + "/a.ini"), "[S]\r\nk=old\r\n");
+}
+
+TEST_F(IniFiles, AFailedRenameLeavesTheOldFileIntact) {
+    ASSERT_TRUE(kiv_settings::writeSettingsAsIni(L"\\a.ini", SampleStore(), kiv_settings::eEncodingUtf16LE));
+    const std::string before = kiv_test::ReadFileBytes(root.path() + "/a.ini");
+    CThreeTupleStore changed = SampleStore();
+    changed.SetValue(L"CHANNEL1", L"SN", L"changed");
+    HANDLE reader = CreateFileW(L"\\a.ini", GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+    EXPECT_FALSE(kiv_settings::writeSettingsAsIni(L"\\a.ini", changed, kiv_settings::eEncodingUtf16LE));
+    CloseHandle(reader);
+    EXPECT_EQ(kiv_test::ReadFileBytes(root.path() + "/a.ini"), before);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(root.path()), std::filesystem::directory_iterator()), 1);
+}
+
+// ---- an independent reader ----------------------------------------------------------------------------------
+
+std::string RunPython(const std::string& script, const std::string& file) {
+    const std::string command = "python3 -c '" + script + "' '" + file + "' 2>&1";
+    FILE* pipe = ::popen(command.c_str(), "r");
+    if (!pipe) return "<no python3>";
+    std::string out;
+    char buffer[4096];
+    for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) out.append(buffer, n);
+    return ::pclose(pipe) == 0 ? out : "<python3 failed> " + out;
+}
+
+TEST_F(IniFiles, PythonsConfigparserReadsTheSameRecords) {
+    if (std::system("python3 -c 'import configparser' >/dev/null 2>&1") != 0) GTEST_SKIP() << "python3 missing";
+    const CThreeTupleStore store = SampleStore();
+    ASSERT_TRUE(kiv_settings::writeSettingsAsIni(L"\\a.ini", store, kiv_settings::eEncodingUtf16LE));
+    const std::string script =
+        "import configparser, sys\n"
+        "p = configparser.RawConfigParser(delimiters=(\"=\",), strict=True)\n"
+        "p.optionxform = str\n"
+        "p.read(sys.argv[1], encoding=\"utf-16\")\n"
+        "for s in p.sections():\n"
+        "    for k, v in p.items(s):\n"
+        "        sys.stdout.buffer.write((s + \"\\t\" + k + \"\\t\" + v + \"\\n\").encode(\"utf-8\"))\n";
+    std::wstring expected;
+    for (int s = 0; s < store.GetSectionCount(); ++s)
+        for (int k = 0; k < store.GetKeyCount(s); ++k)
+            expected += store.GetSectionName(s).str() + L"\t" + store.GetKeyName(s, k).str() + L"\t" +
+                        store.GetValueAt(s, k).str() + L"\n";
+    EXPECT_EQ(kiv_text::FromUtf8(RunPython(script, root.path() + "/a.ini")), expected);
+}
+
+}  // namespace

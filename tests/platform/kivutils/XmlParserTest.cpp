@@ -1,0 +1,241 @@
+// The XML helpers: tags and attributes as writers form them, a settings-shaped file
+// written through WriteString and read back token for token (and checked by xmllint),
+// the tokenizer's leniency, and clean stops on truncated or garbage input.
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "platform/host/TextCodec.h"
+#include "platform/kivutils/XmlParser.h"
+#include "platform/win32/Win32.h"
+#include "tests/support/TestSupport.h"
+
+namespace {
+
+struct Token {
+    std::wstring tag, attributes, content;
+    bool operator==(const Token&) const = default;
+};
+
+std::vector<Token> Tokens(CXmlParser& parser) {
+    std::vector<Token> tokens;
+    CKivStringT tag, attributes, content;
+    while (parser.ReadToken(tag, attributes, content)) tokens.push_back({tag.str(), attributes.str(), content.str()});
+    EXPECT_FALSE(parser.ReadToken(tag, attributes, content));  // stays at the end
+    return tokens;
+}
+
+std::vector<Token> Tokens(const std::wstring& text) {
+    CXmlParser parser(text);
+    return Tokens(parser);
+}
+
+std::vector<std::wstring> Tags(const std::vector<Token>& tokens) {
+    std::vector<std::wstring> tags;
+    for (const auto& t : tokens) tags.push_back(t.tag);
+    return tags;
+}
+
+// ---- forming -------------------------------------------------------------------------------------
+
+TEST(XmlForming, TagTypesGiveOneElementALine) {
+    using B = CXmlParserBase;
+    EXPECT_EQ(B::OpenTag(L"kiv_config", 2), L"<kiv_config>\r\n");
+    EXPECT_EQ(B::CloseTag(L"kiv_config", 2), L"</kiv_config>\r\n");
+    EXPECT_EQ(B::OpenTag(L"value", B::TagTypeFlag(2)), L"<value");
+    EXPECT_EQ(B::CloseTag(L"value", B::TagTypeFlag(3)), L"</value>\r\n");
+    EXPECT_EQ(B::OpenTag(L"a", B::TagTypeFlag(0)), L"<a>");
+    EXPECT_EQ(B::TagTypeFlag(99), 0);
+    EXPECT_EQ(L"<?xml" + B::FormAttrib(L"version", L"1.0", false) + L"?>", L"<?xml version=\"1.0\"?>");
+    EXPECT_EQ(B::FormAttrib(L"n", L"v", true), L" n=\"v\">");
+}
+
+TEST(XmlForming, AnyAttributeValueRoundTrips) {
+    const std::wstring values[] = {
+        L"Tolerance", L"", L"a\"b'c<d>e&f", L"&amp; stays literal", L"two\r\nlines\tand tab",
+        std::wstring(L"ctl\x01\x1F", 5), L"\u00E9\u6E2C\U0001F4CD", L"&#65; &unknown; &", L"  blanks  "};
+    for (const auto& value : values) {
+        const CKivStringT attributes = CXmlParserBase::FormAttrib(L"name", value.c_str(), false) +
+                                       CXmlParserBase::FormAttrib(L"type", L"str", false);
+        EXPECT_EQ(CXmlParser::ReadAttrib(attributes, L"name"), value.c_str()) << attributes.GetString();
+        EXPECT_EQ(CXmlParser::ReadAttrib(attributes, L"type"), L"str");
+        EXPECT_EQ(attributes.FindOneOf(L"\r\n<>"), -1);
+    }
+}
+
+// ---- reading attributes ----------------------------------------------------------------------------
+
+TEST(XmlAttributes, ReadsQuotedUnquotedAndSpacedForms) {
+    const wchar_t* text = L"a='1' b = \"2\" c=3 Name=\"x\"";
+    EXPECT_EQ(CXmlParser::ReadAttrib(text, L"a"), L"1");
+    EXPECT_EQ(CXmlParser::ReadAttrib(text, L"b"), L"2");
+    EXPECT_EQ(CXmlParser::ReadAttrib(text, L"c"), L"3");
+    EXPECT_EQ(CXmlParser::ReadAttrib(text, L"name"), L"");  // names are case-sensitive
+    EXPECT_EQ(CXmlParser::ReadAttrib(text, L"d"), L"");
+}
+
+TEST(XmlAttributes, ResolvesReferencesAndKeepsWhatIsNoReference) {
+    EXPECT_EQ(CXmlParser::ReadAttrib(L"v=\"&#x41;&#66;&lt;&apos;&#0;&#xD800;&#99999999999;&\"", L"v"),
+              L"AB<'&#0;&#xD800;&#99999999999;&");
+}
+
+TEST(XmlAttributes, StopsAtMalformedText) {
+    EXPECT_EQ(CXmlParser::ReadAttrib(L"a=\"unterminated b=\"2\"", L"b"), L"");
+    EXPECT_EQ(CXmlParser::ReadAttrib(L"novalue b=\"2\"", L"b"), L"");
+    EXPECT_EQ(CXmlParser::ReadAttrib(static_cast<const wchar_t*>(nullptr), L"b"), L"");
+}
+
+// ---- tokens -------------------------------------------------------------------------------------------
+
+TEST(XmlTokens, GiveNamesAttributeTextContentAndEndTags) {
+    const auto tokens = Tokens(L"<?xml version=\"1.0\"?>\r\n<kiv_config>\r\n<group name=\"Stake\">\r\n"
+                               L"<value name=\"Tolerance\" type=\"dbl\">0.050000</value>\r\n</group>\r\n</kiv_config>\r\n");
+    const std::vector<Token> expected = {
+        {L"kiv_config", L"", L"\r\n"},
+        {L"group", L"name=\"Stake\"", L"\r\n"},
+        {L"value", L"name=\"Tolerance\" type=\"dbl\"", L"0.050000"},
+        {L"/value", L"", L""},
+        {L"/group", L"", L""},
+        {L"/kiv_config", L"", L""}};
+    EXPECT_EQ(tokens, expected);
+}
+
+TEST(XmlTokens, ReadContentAsItStands) {
+    const auto tokens = Tokens(L"<v>a &amp; b</v><v>x < y</v><v>a<b</v><v>p>q</v>");
+    ASSERT_EQ(Tags(tokens), (std::vector<std::wstring>{L"v", L"/v", L"v", L"/v", L"v", L"/v", L"v", L"/v"}));
+    EXPECT_EQ(tokens[0].content, L"a &amp; b");
+    EXPECT_EQ(tokens[2].content, L"x < y");
+    EXPECT_EQ(tokens[4].content, L"a<b");
+    EXPECT_EQ(tokens[6].content, L"p>q");
+}
+
+TEST(XmlTokens, GiveASelfClosedTagItsEndTag) {
+    const auto tokens = Tokens(L"<g><value name=\"a/b\" /><e/></g>");
+    EXPECT_EQ(Tags(tokens), (std::vector<std::wstring>{L"g", L"value", L"/value", L"e", L"/e", L"/g"}));
+    EXPECT_EQ(tokens[1].attributes, L"name=\"a/b\"");
+}
+
+TEST(XmlTokens, PassOverCommentsDeclarationsAndInstructions) {
+    const auto tokens = Tokens(L"<!DOCTYPE x><!-- <hidden> --><?pi <no>?><![CDATA[<nor>]]><a>t<!-- c --></a >");
+    EXPECT_EQ(Tags(tokens), (std::vector<std::wstring>{L"a", L"/a"}));
+    EXPECT_EQ(tokens[0].content, L"t");
+}
+
+TEST(XmlTokens, StopCleanlyOnGarbage) {
+    EXPECT_TRUE(Tokens(L"").empty());
+    EXPECT_TRUE(Tokens(L"no markup at all").empty());
+    EXPECT_TRUE(Tokens(L"<<<< < <!-- <? <![CDATA[ </ <a \"").empty());
+    EXPECT_EQ(Tags(Tokens(L"<a x=\"1\">text")), std::vector<std::wstring>{L"a"});
+    EXPECT_EQ(Tokens(L"<a x=\"1\">text")[0].content, L"text");
+}
+
+// ---- files ----------------------------------------------------------------------------------------------
+
+class XmlFiles : public ::testing::Test {
+protected:
+    // A settings file as the settings storage writes it.
+    void WriteSettingsFile(const wchar_t* path) {
+        using B = CXmlParserBase;
+        FILE* f = _wfopen(path, L"wb+");
+        ASSERT_NE(f, nullptr);
+        const auto put = [f](const CKivStringT& text) { ASSERT_TRUE(kiv_formats::WriteString(f, text)); };
+        put(L"<?xml" + B::FormAttrib(L"version", L"1.0", false) + L"?>\r\n");
+        put(B::OpenTag(L"kiv_config", 2));
+        for (const wchar_t* group : {L"Stake & Out", L"Stra\u00DFe \u6E2C\u91CF"}) {
+            put(B::OpenTag(L"group", B::TagTypeFlag(2)) + B::FormAttrib(L"name", group, false) + L">\r\n");
+            put(B::OpenTag(L"value", B::TagTypeFlag(2)) + B::FormAttrib(L"name", L"Tolerance", false) +
+                B::FormAttrib(L"type", L"dbl", false) + L">" + L"0.050000" + B::CloseTag(L"value", B::TagTypeFlag(3)));
+            put(B::OpenTag(L"value", B::TagTypeFlag(2)) + B::FormAttrib(L"name", L"Code \"A\"", false) +
+                B::FormAttrib(L"type", L"str", false) + L">" + L"\u00C5land [1;2]" + B::CloseTag(L"value", B::TagTypeFlag(3)));
+            put(B::CloseTag(L"group", 2));
+        }
+        put(B::CloseTag(L"kiv_config", 2));
+        std::fclose(f);
+    }
+    kiv_test::TempDeviceRoot root;
+};
+
+TEST_F(XmlFiles, ReadsAFileWrittenByTheHelpersBackTokenForToken) {
+    WriteSettingsFile(L"\\s.xml");
+    const std::string bytes = kiv_test::ReadFileBytes(root.path() + "/s.xml");
+    EXPECT_EQ(bytes.substr(0, 23), "<?xml version=\"1.0\"?>\r\n");
+    EXPECT_TRUE(kiv_text::IsValidUtf8(bytes));
+    CXmlParser* parser = nullptr;
+    ASSERT_EQ(CXmlParser::Initialize(L"\\S.XML", parser), 0);
+    const auto tokens = Tokens(*parser);
+    CXmlParser::Destroy(parser);
+    EXPECT_EQ(parser, nullptr);
+    ASSERT_EQ(tokens.size(), 14u);
+    EXPECT_EQ(CXmlParser::ReadAttrib(tokens[1].attributes, L"name"), L"Stake & Out");
+    EXPECT_EQ(CXmlParser::ReadAttrib(tokens[4].attributes, L"name"), L"Code \"A\"");
+    EXPECT_EQ(tokens[4].content, L"\u00C5land [1;2]");
+    EXPECT_EQ(CXmlParser::ReadAttrib(tokens[7].attributes, L"name"), L"Stra\u00DFe \u6E2C\u91CF");
+    EXPECT_EQ(tokens[13].tag, L"/kiv_config");
+    // One element a line.
+    size_t lines = 0;
+    for (char c : bytes) lines += c == '\n';
+    EXPECT_EQ(lines, 11u);
+}
+
+TEST_F(XmlFiles, AnIndependentReaderFindsTheFileWellFormed) {
+    if (std::system("command -v xmllint >/dev/null 2>&1") != 0) GTEST_SKIP() << "xmllint missing";
+    WriteSettingsFile(L"\\s.xml");
+    const std::string command = "xmllint --noout '" + root.path() + "/s.xml' 2>&1";
+    EXPECT_EQ(std::system(command.c_str()), 0);
+}
+
+TEST_F(XmlFiles, ReadsUtf16WithMark) {
+    kiv_test::WriteFileBytes(root.path() + "/u.xml", "\xFF\xFE" + kiv_text::ToUtf16Le(L"<a n=\"\u00E9\">\u6E2C</a>"));
+    CXmlParser* parser = nullptr;
+    ASSERT_EQ(CXmlParser::Initialize(L"\\u.xml", parser), 0);
+    const auto tokens = Tokens(*parser);
+    delete parser;
+    ASSERT_EQ(tokens.size(), 2u);
+    EXPECT_EQ(tokens[0].content, L"\u6E2C");
+    EXPECT_EQ(CXmlParser::ReadAttrib(tokens[0].attributes, L"n"), L"\u00E9");
+}
+
+TEST_F(XmlFiles, AMissingFileGivesANonZeroResultAndNoParser) {
+    CXmlParser* parser = reinterpret_cast<CXmlParser*>(1);
+    EXPECT_EQ(CXmlParser::Initialize(L"\\none.xml", parser), static_cast<int>(ERROR_FILE_NOT_FOUND));
+    EXPECT_EQ(parser, nullptr);
+}
+
+TEST_F(XmlFiles, EveryTruncationGivesAPrefixOfTheTokens) {
+    WriteSettingsFile(L"\\s.xml");
+    const std::wstring full = kiv_text::FromUtf8(kiv_test::ReadFileBytes(root.path() + "/s.xml"));
+    const auto all = Tags(Tokens(full));
+    for (size_t cut = 0; cut <= full.size(); ++cut) {
+        const auto some = Tags(Tokens(full.substr(0, cut)));
+        ASSERT_LE(some.size(), all.size()) << cut;
+        EXPECT_TRUE(std::equal(some.begin(), some.end(), all.begin())) << cut;
+    }
+}
+
+TEST(XmlWriteString, WritesUtf8AndRefusesANullStream) {
+    EXPECT_FALSE(kiv_formats::WriteString(nullptr, L"x"));
+    char buffer[16] = {};
+    FILE* f = ::fmemopen(buffer, sizeof buffer, "wb");
+    ASSERT_TRUE(kiv_formats::WriteString(f, L"\u00E9\u20AC"));
+    std::fclose(f);
+    EXPECT_EQ(std::string(buffer), "\xC3\xA9\xE2\x82\xAC");
+}
+
+// ---- bracketed values ---------------------------------------------------------------------------------------
+
+TEST(XmlBrackets, SplitsBracketedListsAndAcceptsEveryOtherContent) {
+    CKivArray<CKivStringT> list;
+    CKivStringT content(L" [1;2; 3] ");
+    EXPECT_TRUE(CXmlParser::ParseValuesInBrackets(content, list, L';'));
+    ASSERT_EQ(list.GetSize(), 3);
+    EXPECT_EQ(list[2], L" 3");
+    EXPECT_EQ(content, L" [1;2; 3] ");
+    for (const wchar_t* text : {L"0.050000", L"[draft", L"", L"a;b"}) {
+        EXPECT_TRUE(CXmlParser::ParseValuesInBrackets(text, list, L';'));
+        EXPECT_EQ(list.GetSize(), *text ? 1 : 0);
+    }
+}
+
+}  // namespace

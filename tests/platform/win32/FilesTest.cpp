@@ -1,0 +1,464 @@
+// The Win32 file family on real files under a temporary device root: path mapping,
+// creation dispositions, share modes (in this process and across processes),
+// positions, attributes, moving, deleting and _wfopen.
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "platform/host/TextCodec.h"
+#include "platform/win32/Win32.h"
+#include "tests/support/TestSupport.h"
+
+namespace {
+
+HANDLE Open(const wchar_t* path, DWORD access, DWORD share, DWORD disposition, DWORD attributes = 0) {
+    return CreateFileW(path, access, share, nullptr, disposition, attributes, nullptr);
+}
+
+constexpr DWORD kReadWrite = GENERIC_READ | GENERIC_WRITE;
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+void Put(const wchar_t* path, const std::string& bytes) {
+    HANDLE h = Open(path, GENERIC_WRITE, 0, CREATE_ALWAYS);
+    ASSERT_NE(h, INVALID_HANDLE_VALUE) << GetLastError();
+    DWORD written = 0;
+    ASSERT_TRUE(WriteFile(h, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr));
+    ASSERT_EQ(written, bytes.size());
+    CloseHandle(h);
+}
+
+std::string Get(const wchar_t* path) {
+    HANDLE h = Open(path, GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING);
+    if (h == INVALID_HANDLE_VALUE) return "<missing>";
+    std::string bytes(GetFileSize(h, nullptr), '\0');
+    DWORD read = 0;
+    ReadFile(h, bytes.data(), static_cast<DWORD>(bytes.size()), &read, nullptr);
+    CloseHandle(h);
+    return bytes.substr(0, read);
+}
+
+// Runs `attempt` in a child process and returns its result (a Win32 error code).
+template <class F>
+int InChildProcess(F attempt) {
+    const pid_t pid = ::fork();
+    if (pid == 0) ::_exit(static_cast<int>(attempt()));
+    int status = 0;
+    ::waitpid(pid, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+class Files : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(CreateDirectoryW(L"\\Storage Card", nullptr)); }
+    kiv_test::TempDeviceRoot root;
+};
+
+// ---- device paths ----------------------------------------------------------------------------
+
+TEST_F(Files, FindsExistingComponentsWhateverTheirCase) {
+    Put(L"\\Storage Card\\a.txt", "alpha");
+    EXPECT_EQ(Get(L"\\STORAGE CARD\\a.TXT"), "alpha");
+    EXPECT_EQ(Get(L"\\storage card\\A.txt"), "alpha");
+    EXPECT_TRUE(std::filesystem::exists(root.path() + "/Storage Card/a.txt"));
+}
+
+TEST_F(Files, CreatesANewNameAsTypedInsideTheMatchedFolder) {
+    Put(L"\\STORAGE CARD\\New.Ini", "x");
+    EXPECT_TRUE(std::filesystem::exists(root.path() + "/Storage Card/New.Ini"));
+    EXPECT_FALSE(std::filesystem::exists(root.path() + "/STORAGE CARD"));
+}
+
+TEST_F(Files, UsesHostPathsThatBeginWithSlashAsTheyStand) {
+    const std::wstring host = kiv_text::FromUtf8(root.path()) + L"/plain.txt";
+    Put(host.c_str(), "host");
+    EXPECT_EQ(kiv_test::ReadFileBytes(root.path() + "/plain.txt"), "host");
+    EXPECT_EQ(Get(L"\\plain.txt"), "host");
+}
+
+TEST_F(Files, TellsAMissingFileFromAMissingFolder) {
+    EXPECT_EQ(Open(L"\\Storage Card\\none.txt", GENERIC_READ, 0, OPEN_EXISTING), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(Open(L"\\No Folder\\none.txt", GENERIC_READ, 0, OPEN_EXISTING), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_PATH_NOT_FOUND);
+    EXPECT_EQ(Open(L"\\No Folder\\new.txt", GENERIC_WRITE, 0, CREATE_ALWAYS), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_PATH_NOT_FOUND);
+    EXPECT_EQ(GetFileAttributesW(L"\\No Folder\\x"), INVALID_FILE_ATTRIBUTES);
+    EXPECT_EQ(GetLastError(), ERROR_PATH_NOT_FOUND);
+}
+
+TEST_F(Files, MakesTheDeviceRootOnFirstUse) {
+    kiv_host::SetDeviceRoot(root.path() + "/not/yet");
+    EXPECT_TRUE(CreateDirectoryW(L"\\Zeb", nullptr));
+    EXPECT_TRUE(std::filesystem::is_directory(root.path() + "/not/yet/Zeb"));
+}
+
+TEST_F(Files, RefusesNullAndEmptyNames) {
+    EXPECT_EQ(Open(nullptr, GENERIC_READ, 0, OPEN_EXISTING), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(Open(L"", GENERIC_READ, 0, OPEN_EXISTING), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_PATH_NOT_FOUND);
+    EXPECT_EQ(Open(L"\\x", GENERIC_READ, 0, 9), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+}
+
+// ---- creation dispositions -----------------------------------------------------------------------
+
+TEST_F(Files, CreateNewRefusesAnExistingFile) {
+    Put(L"\\f.txt", "old");
+    EXPECT_EQ(Open(L"\\F.TXT", kReadWrite, 0, CREATE_NEW), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_FILE_EXISTS);
+    EXPECT_EQ(Get(L"\\f.txt"), "old");
+}
+
+TEST_F(Files, CreateAlwaysTruncatesAndReportsThatTheFileExisted) {
+    HANDLE h = Open(L"\\f.txt", GENERIC_WRITE, 0, CREATE_ALWAYS);
+    EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
+    CloseHandle(h);
+    Put(L"\\f.txt", "old content");
+    h = Open(L"\\f.txt", GENERIC_WRITE, 0, CREATE_ALWAYS);
+    ASSERT_NE(h, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
+    CloseHandle(h);
+    EXPECT_EQ(Get(L"\\f.txt"), "");
+}
+
+TEST_F(Files, OpenAlwaysKeepsTheContentAndTruncateExistingEmptiesIt) {
+    Put(L"\\f.txt", "keep");
+    HANDLE h = Open(L"\\f.txt", kReadWrite, 0, OPEN_ALWAYS);
+    EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
+    CloseHandle(h);
+    EXPECT_EQ(Get(L"\\f.txt"), "keep");
+    h = Open(L"\\f.txt", GENERIC_WRITE, 0, TRUNCATE_EXISTING);
+    ASSERT_NE(h, INVALID_HANDLE_VALUE);
+    CloseHandle(h);
+    EXPECT_EQ(Get(L"\\f.txt"), "");
+    EXPECT_EQ(Open(L"\\g.txt", GENERIC_WRITE, 0, TRUNCATE_EXISTING), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
+}
+
+TEST_F(Files, RefusesToOpenAFolderAsAFile) {
+    EXPECT_EQ(Open(L"\\Storage Card", GENERIC_READ, kShareAll, OPEN_EXISTING), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+}
+
+// ---- reading, writing, positions -----------------------------------------------------------------
+
+TEST_F(Files, HandlesReadAndWriteOnlyWhatTheyWereOpenedFor) {
+    Put(L"\\f.txt", "abc");
+    char buffer[4];
+    DWORD n = 99;
+    HANDLE w = Open(L"\\f.txt", GENERIC_WRITE, kShareAll, OPEN_EXISTING);
+    EXPECT_FALSE(ReadFile(w, buffer, 3, &n, nullptr));
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(n, 0u);
+    HANDLE r = Open(L"\\f.txt", GENERIC_READ, kShareAll, OPEN_EXISTING);
+    EXPECT_FALSE(WriteFile(r, "x", 1, &n, nullptr));
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    CloseHandle(w);
+    CloseHandle(r);
+}
+
+TEST_F(Files, ReadsShortAtTheEndAndThenNothing) {
+    Put(L"\\f.txt", "abc");
+    HANDLE h = Open(L"\\f.txt", GENERIC_READ, 0, OPEN_EXISTING);
+    char buffer[8];
+    DWORD n = 0;
+    EXPECT_TRUE(ReadFile(h, buffer, 8, &n, nullptr));
+    EXPECT_EQ(std::string(buffer, n), "abc");
+    EXPECT_TRUE(ReadFile(h, buffer, 8, &n, nullptr));
+    EXPECT_EQ(n, 0u);
+    CloseHandle(h);
+}
+
+TEST_F(Files, SeeksFromBeginCurrentAndEnd) {
+    Put(L"\\f.txt", "0123456789");
+    HANDLE h = Open(L"\\f.txt", kReadWrite, 0, OPEN_EXISTING);
+    EXPECT_EQ(SetFilePointer(h, -3, nullptr, FILE_END), 7u);
+    EXPECT_EQ(SetFilePointer(h, -2, nullptr, FILE_CURRENT), 5u);
+    char c;
+    DWORD n;
+    ReadFile(h, &c, 1, &n, nullptr);
+    EXPECT_EQ(c, '5');
+    EXPECT_EQ(SetFilePointer(h, 2, nullptr, FILE_BEGIN), 2u);
+    WriteFile(h, "xy", 2, &n, nullptr);
+    EXPECT_EQ(GetFileSize(h, nullptr), 10u);
+    CloseHandle(h);
+    EXPECT_EQ(Get(L"\\f.txt"), "01xy456789");
+}
+
+TEST_F(Files, RefusesANegativePositionAndKeepsTheOldOne) {
+    Put(L"\\f.txt", "0123");
+    HANDLE h = Open(L"\\f.txt", GENERIC_READ, 0, OPEN_EXISTING);
+    SetFilePointer(h, 2, nullptr, FILE_BEGIN);
+    EXPECT_EQ(SetFilePointer(h, -3, nullptr, FILE_CURRENT), INVALID_SET_FILE_POINTER);
+    EXPECT_EQ(GetLastError(), ERROR_NEGATIVE_SEEK);
+    EXPECT_EQ(SetFilePointer(h, 0, nullptr, FILE_CURRENT), 2u);
+    CloseHandle(h);
+}
+
+TEST_F(Files, CarriesPositionsBeyondFourGigabytesInTheHighWord) {
+    Put(L"\\f.txt", "x");
+    HANDLE h = Open(L"\\f.txt", GENERIC_READ, 0, OPEN_EXISTING);
+    LONG high = 1;
+    EXPECT_EQ(SetFilePointer(h, 16, &high, FILE_BEGIN), 16u);
+    EXPECT_EQ(high, 1);
+    high = 0;
+    EXPECT_EQ(SetFilePointer(h, 0, &high, FILE_CURRENT), 16u);
+    EXPECT_EQ(high, 1);
+    CloseHandle(h);
+}
+
+TEST_F(Files, SetEndOfFileCutsAtThePosition) {
+    Put(L"\\f.txt", "0123456789");
+    HANDLE h = Open(L"\\f.txt", GENERIC_WRITE, 0, OPEN_EXISTING);
+    SetFilePointer(h, 4, nullptr, FILE_BEGIN);
+    EXPECT_TRUE(SetEndOfFile(h));
+    EXPECT_TRUE(FlushFileBuffers(h));
+    CloseHandle(h);
+    EXPECT_EQ(Get(L"\\f.txt"), "0123");
+}
+
+TEST_F(Files, AClosedHandleIsInvalid) {
+    Put(L"\\f.txt", "x");
+    HANDLE h = Open(L"\\f.txt", GENERIC_READ, 0, OPEN_EXISTING);
+    ASSERT_TRUE(CloseHandle(h));
+    char c;
+    DWORD n;
+    EXPECT_FALSE(ReadFile(h, &c, 1, &n, nullptr));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(GetFileSize(h, nullptr), INVALID_FILE_SIZE);
+    EXPECT_FALSE(CloseHandle(h));
+}
+
+// ---- share modes ----------------------------------------------------------------------------------
+
+TEST_F(Files, DenyWriteRefusesASecondWriterButAdmitsReaders) {
+    Put(L"\\f.txt", "x");
+    HANDLE first = Open(L"\\f.txt", kReadWrite, FILE_SHARE_READ, OPEN_EXISTING);
+    ASSERT_NE(first, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(Open(L"\\F.txt", GENERIC_WRITE, kShareAll, OPEN_EXISTING), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_SHARING_VIOLATION);
+    // A reader must itself allow the writer that is already there.
+    EXPECT_EQ(Open(L"\\f.txt", GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_SHARING_VIOLATION);
+    HANDLE reader = Open(L"\\f.txt", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING);
+    EXPECT_NE(reader, INVALID_HANDLE_VALUE);
+    CloseHandle(reader);
+    CloseHandle(first);
+    HANDLE again = Open(L"\\f.txt", GENERIC_WRITE, 0, OPEN_EXISTING);
+    EXPECT_NE(again, INVALID_HANDLE_VALUE);
+    CloseHandle(again);
+}
+
+TEST_F(Files, ExclusiveHandleRefusesEveryOtherOpen) {
+    HANDLE first = Open(L"\\f.txt", GENERIC_READ, 0, CREATE_ALWAYS);
+    ASSERT_NE(first, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(Open(L"\\f.txt", GENERIC_READ, kShareAll, OPEN_EXISTING), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_SHARING_VIOLATION);
+    EXPECT_EQ(Open(L"\\f.txt", GENERIC_WRITE, kShareAll, CREATE_ALWAYS), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_SHARING_VIOLATION);
+    CloseHandle(first);
+}
+
+TEST_F(Files, ARefusedTruncationLeavesTheContent) {
+    Put(L"\\f.txt", "precious");
+    HANDLE reader = Open(L"\\f.txt", GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING);
+    EXPECT_EQ(Open(L"\\f.txt", GENERIC_WRITE, kShareAll, CREATE_ALWAYS), INVALID_HANDLE_VALUE);
+    CloseHandle(reader);
+    EXPECT_EQ(Get(L"\\f.txt"), "precious");
+}
+
+TEST_F(Files, ShareModesHoldBetweenProcesses) {
+    Put(L"\\f.txt", "x");
+    HANDLE mine = Open(L"\\f.txt", kReadWrite, FILE_SHARE_READ, OPEN_EXISTING);
+    ASSERT_NE(mine, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(InChildProcess([] {
+                  HANDLE h = Open(L"\\f.txt", GENERIC_WRITE, kShareAll, OPEN_EXISTING);
+                  return h == INVALID_HANDLE_VALUE ? GetLastError() : ERROR_SUCCESS;
+              }),
+              static_cast<int>(ERROR_SHARING_VIOLATION));
+    EXPECT_EQ(InChildProcess([] {
+                  HANDLE h = Open(L"\\f.txt", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING);
+                  return h == INVALID_HANDLE_VALUE ? GetLastError() : ERROR_SUCCESS;
+              }),
+              static_cast<int>(ERROR_SUCCESS));
+    CloseHandle(mine);
+    EXPECT_EQ(InChildProcess([] {
+                  HANDLE h = Open(L"\\f.txt", GENERIC_WRITE, 0, OPEN_EXISTING);
+                  return h == INVALID_HANDLE_VALUE ? GetLastError() : ERROR_SUCCESS;
+              }),
+              static_cast<int>(ERROR_SUCCESS));
+}
+
+TEST_F(Files, OpenFilesCannotBeDeletedOrMovedWithoutDeleteSharing) {
+    Put(L"\\f.txt", "x");
+    HANDLE h = Open(L"\\f.txt", GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING);
+    EXPECT_FALSE(DeleteFileW(L"\\f.txt"));
+    EXPECT_EQ(GetLastError(), ERROR_SHARING_VIOLATION);
+    EXPECT_FALSE(MoveFileW(L"\\f.txt", L"\\g.txt"));
+    EXPECT_EQ(GetLastError(), ERROR_SHARING_VIOLATION);
+    CloseHandle(h);
+    h = Open(L"\\f.txt", GENERIC_READ, kShareAll, OPEN_EXISTING);
+    EXPECT_TRUE(MoveFileW(L"\\f.txt", L"\\g.txt"));
+    EXPECT_TRUE(DeleteFileW(L"\\g.txt"));
+    CloseHandle(h);
+}
+
+TEST_F(Files, StreamsFromWfopenHonourAndTakeShareModes) {
+    Put(L"\\f.txt", "x");
+    HANDLE h = Open(L"\\f.txt", GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING);
+    EXPECT_EQ(_wfopen(L"\\f.txt", L"wb"), nullptr);
+    EXPECT_EQ(errno, EACCES);
+    FILE* reader = _wfopen(L"\\f.txt", L"rb");
+    EXPECT_NE(reader, nullptr);
+    CloseHandle(h);
+    // The stream shares reading and writing, but not deletion.
+    EXPECT_FALSE(DeleteFileW(L"\\f.txt"));
+    std::fclose(reader);
+    EXPECT_TRUE(DeleteFileW(L"\\f.txt"));
+}
+
+// ---- attributes -------------------------------------------------------------------------------------
+
+TEST_F(Files, ReportsFoldersAndFiles) {
+    Put(L"\\Storage Card\\f.txt", "x");
+    EXPECT_EQ(GetFileAttributesW(L"\\storage card"), FILE_ATTRIBUTE_DIRECTORY);
+    EXPECT_EQ(GetFileAttributesW(L"\\Storage Card\\F.TXT"), FILE_ATTRIBUTE_ARCHIVE);
+    EXPECT_EQ(GetFileAttributesW(L"\\Storage Card\\g.txt"), INVALID_FILE_ATTRIBUTES);
+    EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
+}
+
+TEST_F(Files, ReadOnlyFilesRefuseWritingAndDeletingUntilCleared) {
+    Put(L"\\f.txt", "keep");
+    ASSERT_TRUE(SetFileAttributesW(L"\\f.txt", FILE_ATTRIBUTE_READONLY));
+    EXPECT_EQ(GetFileAttributesW(L"\\f.txt"), FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_READONLY);
+    EXPECT_EQ(Open(L"\\f.txt", GENERIC_WRITE, 0, OPEN_EXISTING), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(Open(L"\\f.txt", GENERIC_READ, 0, CREATE_ALWAYS), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    EXPECT_FALSE(DeleteFileW(L"\\f.txt"));
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(Get(L"\\f.txt"), "keep");
+    ASSERT_TRUE(SetFileAttributesW(L"\\f.txt", FILE_ATTRIBUTE_NORMAL));
+    EXPECT_EQ(GetFileAttributesW(L"\\f.txt"), FILE_ATTRIBUTE_ARCHIVE);
+    EXPECT_TRUE(DeleteFileW(L"\\f.txt"));
+}
+
+TEST_F(Files, KeepsTheHiddenFlagOfFilesAndFolders) {
+    ASSERT_TRUE(SetFileAttributesW(L"\\Storage Card", FILE_ATTRIBUTE_HIDDEN));
+    EXPECT_EQ(GetFileAttributesW(L"\\Storage Card"), FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_HIDDEN);
+    CloseHandle(Open(L"\\h.txt", GENERIC_WRITE, 0, CREATE_NEW, FILE_ATTRIBUTE_HIDDEN));
+    EXPECT_EQ(GetFileAttributesW(L"\\h.txt"), FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN);
+    ASSERT_TRUE(SetFileAttributesW(L"\\h.txt", FILE_ATTRIBUTE_NORMAL));
+    EXPECT_EQ(GetFileAttributesW(L"\\h.txt"), FILE_ATTRIBUTE_ARCHIVE);
+}
+
+TEST_F(Files, ANewReadOnlyFileIsStillWritableThroughItsHandle) {
+    HANDLE h = Open(L"\\r.txt", GENERIC_WRITE, 0, CREATE_NEW, FILE_ATTRIBUTE_READONLY);
+    DWORD n = 0;
+    EXPECT_TRUE(WriteFile(h, "ro", 2, &n, nullptr));
+    CloseHandle(h);
+    EXPECT_EQ(Get(L"\\r.txt"), "ro");
+    EXPECT_TRUE(GetFileAttributesW(L"\\r.txt") & FILE_ATTRIBUTE_READONLY);
+}
+
+// ---- moving, deleting, folders -------------------------------------------------------------------------
+
+TEST_F(Files, MoveRefusesAnExistingTargetAndKeepsBothFiles) {
+    Put(L"\\a.txt", "a");
+    Put(L"\\b.txt", "b");
+    EXPECT_FALSE(MoveFileW(L"\\a.txt", L"\\B.TXT"));
+    EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
+    EXPECT_EQ(Get(L"\\a.txt"), "a");
+    EXPECT_EQ(Get(L"\\b.txt"), "b");
+    EXPECT_TRUE(MoveFileExW(L"\\a.txt", L"\\B.TXT", MOVEFILE_REPLACE_EXISTING));
+    EXPECT_EQ(Get(L"\\b.txt"), "a");
+    EXPECT_EQ(GetFileAttributesW(L"\\a.txt"), INVALID_FILE_ATTRIBUTES);
+}
+
+TEST_F(Files, MoveCanChangeOnlyTheCaseOfAName) {
+    Put(L"\\a.txt", "a");
+    EXPECT_TRUE(MoveFileW(L"\\a.txt", L"\\A.TXT"));
+    EXPECT_TRUE(std::filesystem::exists(root.path() + "/A.TXT"));
+    EXPECT_FALSE(std::filesystem::exists(root.path() + "/a.txt"));
+}
+
+TEST_F(Files, MoveReportsWhatIsMissing) {
+    EXPECT_FALSE(MoveFileW(L"\\none.txt", L"\\x.txt"));
+    EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
+    Put(L"\\a.txt", "a");
+    EXPECT_FALSE(MoveFileW(L"\\a.txt", L"\\No Folder\\x.txt"));
+    EXPECT_EQ(GetLastError(), ERROR_PATH_NOT_FOUND);
+}
+
+TEST_F(Files, ReplacingIsRefusedForReadOnlyOrOpenTargets) {
+    Put(L"\\a.txt", "new");
+    Put(L"\\b.txt", "old");
+    SetFileAttributesW(L"\\b.txt", FILE_ATTRIBUTE_READONLY);
+    EXPECT_FALSE(MoveFileExW(L"\\a.txt", L"\\b.txt", MOVEFILE_REPLACE_EXISTING));
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    SetFileAttributesW(L"\\b.txt", FILE_ATTRIBUTE_NORMAL);
+    HANDLE h = Open(L"\\b.txt", GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING);
+    EXPECT_FALSE(MoveFileExW(L"\\a.txt", L"\\b.txt", MOVEFILE_REPLACE_EXISTING));
+    EXPECT_EQ(GetLastError(), ERROR_SHARING_VIOLATION);
+    CloseHandle(h);
+    EXPECT_EQ(Get(L"\\b.txt"), "old");
+}
+
+TEST_F(Files, DeleteRefusesMissingFilesAndFolders) {
+    EXPECT_FALSE(DeleteFileW(L"\\none.txt"));
+    EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
+    EXPECT_FALSE(DeleteFileW(L"\\Storage Card"));
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+}
+
+TEST_F(Files, CreateDirectoryReportsExistingAndMissingParents) {
+    EXPECT_FALSE(CreateDirectoryW(L"\\STORAGE CARD", nullptr));
+    EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
+    EXPECT_FALSE(CreateDirectoryW(L"\\a\\b", nullptr));
+    EXPECT_EQ(GetLastError(), ERROR_PATH_NOT_FOUND);
+    Put(L"\\Storage Card\\f.txt", "x");
+    EXPECT_FALSE(RemoveDirectoryW(L"\\Storage Card"));
+    EXPECT_EQ(GetLastError(), ERROR_DIR_NOT_EMPTY);
+}
+
+// ---- _wfopen ------------------------------------------------------------------------------------------------
+
+TEST_F(Files, WfopenCreatesTruncatesAppendsAndReads) {
+    FILE* f = _wfopen(L"\\Storage Card\\s.xml", L"wb+");
+    ASSERT_NE(f, nullptr);
+    std::fputs("first", f);
+    std::fclose(f);
+    f = _wfopen(L"\\storage card\\S.XML", L"ab");
+    std::fputs("+more", f);
+    std::fclose(f);
+    EXPECT_EQ(Get(L"\\Storage Card\\s.xml"), "first+more");
+    f = _wfopen(L"\\Storage Card\\s.xml", L"wb+");
+    std::fclose(f);
+    EXPECT_EQ(Get(L"\\Storage Card\\s.xml"), "");
+}
+
+TEST_F(Files, WfopenFailsCleanlyOnMissingFilesAndBadModes) {
+    errno = 0;
+    EXPECT_EQ(_wfopen(L"\\none.txt", L"rb"), nullptr);
+    EXPECT_EQ(errno, ENOENT);
+    EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(_wfopen(L"\\none.txt", L"q"), nullptr);
+    EXPECT_EQ(errno, EINVAL);
+    EXPECT_EQ(_wfopen(L"\\none.txt", nullptr), nullptr);
+}
+
+TEST_F(Files, WfopenOfAReadOnlyFileForWritingIsDenied) {
+    Put(L"\\f.txt", "keep");
+    SetFileAttributesW(L"\\f.txt", FILE_ATTRIBUTE_READONLY);
+    EXPECT_EQ(_wfopen(L"\\f.txt", L"wb+"), nullptr);
+    EXPECT_EQ(errno, EACCES);
+    EXPECT_EQ(Get(L"\\f.txt"), "keep");
+}
+
+}  // namespace
