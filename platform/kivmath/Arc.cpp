@@ -29,7 +29,8 @@ bool CArc::set_start_center_finish(const TCoord2d& start, const TCoord2d& centre
     start_ = start;
     centre_ = centre;
     radius_ = std::hypot(start.x - centre.x, start.y - centre.y);
-    if (!(radius_ > 0.0) || !std::isfinite(radius_)) {
+    const bool finishKnown = std::isfinite(finish.x - centre.x) && std::isfinite(finish.y - centre.y);
+    if (!(radius_ > 0.0) || !std::isfinite(radius_) || !finishKnown) {
         radius_ = 0.0;
         startAzimuth_ = sweep_ = 0.0;
         return false;

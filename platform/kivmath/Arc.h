@@ -18,7 +18,8 @@ public:
     // `finish`, turning clockwise (as seen on a map, north up) when `clockwise` is true.
     // The radius is the distance from the centre to the start; the finish gives only the
     // direction where the arc ends. A finish in the start's direction makes a full
-    // circle. False, with an empty arc, when the start coincides with the centre.
+    // circle. False, with an empty arc, when the start coincides with the centre or a
+    // position is not finite.
     bool set_start_center_finish(const TCoord2d& start, const TCoord2d& centre, const TCoord2d& finish,
                                  bool clockwise);
 

@@ -255,10 +255,11 @@ bool PoolManager::deserialize(void* image, int bytes) {
     // make the library read or write outside its bytes.
     if (!fixupsStayInside(*table)) return false;
 
-    collector_.fields.RemoveAll();
-    for (std::uint32_t i = 0; i + 4 <= table->getSize(); i += 4) {
-        collector_.processPointer(at + readU32(table->data() + i));
-    }
+    // The collector's list is filled in one go: one slot per table word, in table order.
+    const int fieldCount = static_cast<int>(table->getSize() / 4);
+    collector_.fields.SetSize(fieldCount);
+    unsigned char** fields = collector_.fields.GetData();
+    for (int i = 0; i < fieldCount; ++i) fields[i] = at + readU32(table->data() + 4 * static_cast<std::size_t>(i));
     applyFixupTable(table, image);
     return true;
 }
