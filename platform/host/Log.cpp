@@ -35,7 +35,10 @@ void WriteToStderr(const LogEntry& e) {
     std::string line;
     line.append("[").append(name).append("] ").append(e.source);
     if (e.line > 0) line.append(":").append(std::to_string(e.line));
-    line.append(": ").append(kiv_text::ToUtf8(e.text)).append("\n");
+    // Messages that end in their own line break keep one line each.
+    std::wstring_view text = e.text;
+    while (!text.empty() && (text.back() == L'\n' || text.back() == L'\r')) text.remove_suffix(1);
+    line.append(": ").append(kiv_text::ToUtf8(text)).append("\n");
     std::fwrite(line.data(), 1, line.size(), stderr);
 }
 

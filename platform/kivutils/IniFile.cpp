@@ -66,12 +66,6 @@ bool IsWritableKey(const CKivStringT& key) {
            key[0] != L';' && key[0] != L'#' && key[0] != L'[';
 }
 
-bool FitsLatin1(const std::wstring& text) {
-    for (wchar_t c : text)
-        if (static_cast<unsigned long>(c) > 0xFF) return false;
-    return true;
-}
-
 bool BuildText(const CThreeTupleStore& store, std::wstring& text) {
     for (int s = 0; s < store.GetSectionCount(); ++s) {
         const CKivStringT name = store.GetSectionName(s);
@@ -114,15 +108,15 @@ bool formatSettingsIni(const CThreeTupleStore& store, ETextEncoding encoding, st
     std::wstring text;
     if (!BuildText(store, text)) return false;
     switch (encoding) {
-        case eEncodingAnsi:
-            if (!FitsLatin1(text)) return false;
-            bytes = kiv_text::ToLatin1(text);
-            return true;
-        case eEncodingUtf8: bytes = kiv_text::ToUtf8(text); return true;
-        case eEncodingUtf8Bom: bytes = "\xEF\xBB\xBF" + kiv_text::ToUtf8(text); return true;
-        case eEncodingUtf16LE: bytes = "\xFF\xFE" + kiv_text::ToUtf16Le(text); return true;
+        case eEncodingAnsi: bytes = kiv_text::ToLatin1(text); break;
+        case eEncodingUtf8: bytes = kiv_text::ToUtf8(text); break;
+        case eEncodingUtf8Bom: bytes = "\xEF\xBB\xBF" + kiv_text::ToUtf8(text); break;
+        case eEncodingUtf16LE: bytes = "\xFF\xFE" + kiv_text::ToUtf16Le(text); break;
+        default: return false;
     }
-    return false;
+    // What the reader would not see again is refused: a character the encoding lacks,
+    // ANSI text that reads as UTF-8, a leading U+FEFF taken for a byte-order mark.
+    return kiv_text::DecodeText(bytes) == text;
 }
 
 bool readSettingsAsIni(const wchar_t* path, CThreeTupleStore& store, ETextEncoding& encoding) {

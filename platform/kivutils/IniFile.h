@@ -30,7 +30,8 @@ bool readSettingsAsIni(const wchar_t* path, CThreeTupleStore& store, ETextEncodi
 // Writes the whole store as the file's new content, atomically. False, with the file
 // untouched, when the store cannot be written as INI in that encoding: a line break in
 // any text, a section name with ']', a key with '=' or starting with ';', '#' or '[',
-// blanks at either end of a name, an empty key, or a character the encoding lacks.
+// blanks at either end of a name, an empty key, or text that would read back otherwise
+// in that encoding (a character it lacks; ANSI bytes that happen to be valid UTF-8).
 bool writeSettingsAsIni(const wchar_t* path, const CThreeTupleStore& store, ETextEncoding encoding);
 
 // The same on bytes in memory.

@@ -10,9 +10,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
 #include <limits>
 #include <string>
+#include <thread>
 
 #include "platform/host/Host.h"
 
@@ -136,11 +138,14 @@ void Hold(int fd, ShareByte byte) {
 }
 
 // Test and claim happen under an exclusive flock of the file, so two openers racing
-// in different processes cannot both pass the test.
+// in different processes cannot both pass the test. A gate held for long (by a program
+// that flocks the file for its own ends) is waited for one second, then passed.
 class ShareGate {
 public:
     explicit ShareGate(int fd) : fd_(fd) {
-        while (::flock(fd_, LOCK_EX) != 0 && errno == EINTR) {
+        for (int attempt = 0; attempt < 1000; ++attempt) {
+            if (::flock(fd_, LOCK_EX | LOCK_NB) == 0 || (errno != EWOULDBLOCK && errno != EINTR)) return;
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
     }
     ~ShareGate() { ::flock(fd_, LOCK_UN); }

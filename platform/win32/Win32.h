@@ -25,6 +25,9 @@
 #if __has_include("platform/win32/Modules.h")
 #include "platform/win32/Modules.h"
 #endif
+#if __has_include("platform/win32/Memory.h")
+#include "platform/win32/Memory.h"
+#endif
 #if __has_include("platform/win32/Gdi.h")
 #include "platform/win32/Gdi.h"
 #endif

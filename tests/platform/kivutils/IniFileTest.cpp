@@ -204,6 +204,8 @@ TEST_F(IniFiles, RefusesWhatCannotBeReadBackAndLeavesTheFile) {
     EXPECT_TRUE(refuses(L"S", L"", L"x"));
     EXPECT_TRUE(refuses(L"a]b", L"k", L"x"));
     EXPECT_TRUE(refuses(L"S", L"k", L"\u20AC", kiv_settings::eEncodingAnsi));
+    EXPECT_TRUE(refuses(L"S", L"k", L"\u00C3\u00A9", kiv_settings::eEncodingAnsi));  // would read as UTF-8
+    EXPECT_TRUE(refuses(L"", L"\uFEFFk", L"x", kiv_settings::eEncodingUtf8));      // would read as a mark
     EXPECT_TRUE(refuses(L"S", L"k", L"x", static_cast<ETextEncoding>(9)));
     EXPECT_EQ(kiv_test::ReadFileBytes(root.path() + "/a.ini"), "[S]\r\nk=old\r\n");
 }

@@ -91,6 +91,15 @@ TEST_F(Files, TellsAMissingFileFromAMissingFolder) {
     EXPECT_EQ(GetLastError(), ERROR_PATH_NOT_FOUND);
 }
 
+TEST_F(Files, ReadsBackslashesOfRelativeNamesAsFolders) {
+    const auto previous = std::filesystem::current_path();
+    std::filesystem::current_path(root.path() + "/Storage Card");
+    ASSERT_TRUE(CreateDirectoryW(L"sub", nullptr));
+    Put(L"sub\\rel.txt", "relative");
+    std::filesystem::current_path(previous);
+    EXPECT_EQ(Get(L"\\Storage Card\\sub\\rel.txt"), "relative");
+}
+
 TEST_F(Files, MakesTheDeviceRootOnFirstUse) {
     kiv_host::SetDeviceRoot(root.path() + "/not/yet");
     EXPECT_TRUE(CreateDirectoryW(L"\\Zeb", nullptr));

@@ -1,0 +1,53 @@
+// Loads arbitrary bytes as a vector image in place, then exercises everything a loaded
+// image offers a reader: typed lists, styles and labels through their pointers, the
+// pointer enumeration, and the quadtree with a pick. Nothing may read or write outside
+// the bytes.
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+
+#include "platform/host/Host.h"
+#include "utils/vector/Quadtree.h"
+#include "utils/vector/VectorBlob.h"
+
+namespace {
+struct Counter : VectorFormat::IPointerProcessor {
+    std::size_t fields = 0;
+    void processPointer(unsigned char*) override { ++fields; }
+};
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static const bool quiet = [] {
+        kiv_host::SetLogSink([](const kiv_host::LogEntry&) {});
+        return true;
+    }();
+    (void)quiet;
+    if (size > (1u << 20)) return 0;
+    // An exactly sized copy, so that the sanitizer sees any byte read past the image.
+    std::shared_ptr<unsigned char[]> image(new unsigned char[size == 0 ? 1 : size]);
+    if (size) std::memcpy(image.get(), data, size);
+    auto blob = std::shared_ptr<VectorBlob>(new VectorBlob());
+    if (!blob->deserialize(image, static_cast<int>(size))) return 0;
+
+    Counter counter;
+    blob->enumPointers(counter);
+    TPointStyle pointStyle;
+    TLineStyle lineStyle;
+    TLabel label;
+    for (std::uint32_t i = 0; i < blob->getPointCount() && i < 4096; ++i) blob->getPointStyle(i, pointStyle);
+    for (std::uint32_t i = 0; i < blob->getLineCount() && i < 4096; ++i) {
+        blob->getLineStyle(i, lineStyle);
+        blob->getLinePolyLineIndex(i);
+    }
+    for (std::uint32_t i = 0; i < blob->getArcCount() && i < 4096; ++i) blob->getArcStyle(i, lineStyle);
+    for (std::uint32_t i = 0; i < blob->getLabelCount() && i < 4096; ++i) blob->getLabel(i, label);
+
+    auto tree = buildQuadtree(*blob);
+    Csx::CIdentityCs identity;
+    TCoord2d at{0.0, 0.0};
+    TPickResult found;
+    tree->pick(at, identity, identity, 1.0, {eStakeablePoint, eStakeableLine}, found);
+    return 0;
+}

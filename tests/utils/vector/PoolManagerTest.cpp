@@ -1,0 +1,295 @@
+// PoolManager: the file it writes (directory, fixup table, pools), the spent pointers it
+// leaves, loading in place with every refusal, the expand-pool units, and kind names.
+#include "utils/vector/PoolManager.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/TestSupport.h"
+#include "tests/utils/vector/ImageBytes.h"
+
+using namespace VectorFormat;
+using vector_test::ImageBytes;
+using vector_test::wordAt;
+
+namespace {
+
+using PoolEntity = PoolManager::Entity;
+
+PoolEntity* newPool(PoolManager& pools, std::uint32_t id, std::uint32_t payload) {
+    auto* entity = reinterpret_cast<PoolEntity*>(pools.alloc(static_cast<int>(8 + payload)));
+    entity->setId(id);
+    entity->setSize(payload);
+    std::memset(entity->data(), 0, payload);
+    return entity;
+}
+
+// A pointer field at `at` in `from` naming byte `to` of `target`'s payload.
+void link(PoolManager& pools, PoolEntity* from, std::uint32_t at, PoolEntity* target, std::uint32_t to) {
+    writeU32(from->data() + at, pools.toWord(target->data() + to));
+    pools.getPointerCollector()->processPointer(from->data() + at);
+}
+
+std::string serializeToFile(PoolManager& pools, const kiv_test::TempDeviceRoot& root) {
+    CEntityWriter writer(L"\\image.vec");
+    EXPECT_TRUE(pools.serialize(writer));
+    EXPECT_TRUE(writer.close());
+    return kiv_test::ReadFileBytes(root.HostPath(L"\\image.vec"));
+}
+
+// Directory {TagDirectory, entries...}, then the entities at their offsets; the fixup
+// table is one of the entities when `fixups` is given.
+struct LoadableImage : ImageBytes {
+    LoadableImage(std::initializer_list<std::pair<std::uint32_t, std::uint32_t>> idAndPayload) {
+        const auto count = static_cast<std::uint32_t>(idAndPayload.size());
+        words({eTagDirectory, 8 * count});
+        std::uint32_t offset = 8 + 8 * count;
+        for (auto [id, payload] : idAndPayload) {
+            words({id, offset});
+            offset += 8 + payload;
+        }
+        for (auto [id, payload] : idAndPayload) {
+            words({id, payload});
+            bytes.resize(bytes.size() + payload, 0);
+        }
+    }
+    std::size_t payloadOf(int entry) const { return get(8 + 8 * static_cast<std::size_t>(entry) + 4) + 8; }
+};
+
+}  // namespace
+
+TEST(PoolSerialize, EmptyManagerWritesSixteenByteDirectoryThenFixupHeader) {
+    kiv_test::TempDeviceRoot root;
+    PoolManager pools;
+    EXPECT_EQ(pools.getFixupTableOffset(), 16u);
+    const std::string file = serializeToFile(pools, root);
+    ASSERT_EQ(file.size(), 24u);
+    EXPECT_EQ(wordAt(file, 0), 0x00010000u);
+    EXPECT_EQ(wordAt(file, 4), 8u);
+    EXPECT_EQ(wordAt(file, 8), 0x00020000u);
+    EXPECT_EQ(wordAt(file, 12), 16u);
+    EXPECT_EQ(wordAt(file, 16), 0x00020000u);
+    EXPECT_EQ(wordAt(file, 20), 0u);
+
+    std::vector<unsigned char> image(file.begin(), file.end());
+    PoolManager loaded;
+    EXPECT_TRUE(loaded.deserialize(image.data(), static_cast<int>(image.size())));
+    EXPECT_EQ(loaded.getPoolCount(), 0);
+}
+
+TEST(PoolSerialize, DirectoryFollowsMemoryOrderWhilePoolsFollowRegistration) {
+    kiv_test::TempDeviceRoot root;
+    PoolManager pools;
+    PoolEntity* low = newPool(pools, ePointsList, 28);
+    PoolEntity* high = newPool(pools, ePointStylesList, 8);
+    pools.registerPool(high);  // registered first, lies higher in memory
+    pools.registerPool(low);
+    link(pools, low, 24, high, 0);
+
+    const std::string file = serializeToFile(pools, root);
+    const std::uint32_t firstPool = 8 * (2 + 3) + 4 * 1;
+    EXPECT_EQ(pools.getFixupTableOffset(), 32u);
+    ASSERT_EQ(file.size(), firstPool + 16 + 36u);
+    EXPECT_EQ(wordAt(file, 4), 24u);  // 8 x (P + 1)
+    // Entries by memory address: the points pool first, though it is written second.
+    EXPECT_EQ(wordAt(file, 16), ePointsList);
+    EXPECT_EQ(wordAt(file, 20), firstPool + 16);
+    EXPECT_EQ(wordAt(file, 24), ePointStylesList);
+    EXPECT_EQ(wordAt(file, 28), firstPool);
+    EXPECT_EQ(wordAt(file, 32), eFixupTable);
+    EXPECT_EQ(wordAt(file, 36), 4u);
+    EXPECT_EQ(wordAt(file, 40), firstPool + 16 + 8 + 24);  // the field's own file offset
+    EXPECT_EQ(wordAt(file, firstPool), ePointStylesList);
+    EXPECT_EQ(wordAt(file, firstPool + 16 + 8 + 24), firstPool + 8);  // the target's file offset
+}
+
+TEST(PoolSerialize, LeavesPointersSpentAsOffsetDifferences) {
+    kiv_test::TempDeviceRoot root;
+    PoolManager pools;
+    PoolEntity* points = newPool(pools, ePointsList, 56);
+    PoolEntity* styles = newPool(pools, ePointStylesList, 16);
+    pools.registerPool(points);
+    pools.registerPool(styles);
+    link(pools, points, 24, styles, 8);
+    link(pools, points, 52, styles, 0);
+    const std::string file = serializeToFile(pools, root);
+
+    const std::uint32_t pointsAt = 8 * 5 + 4 * 2, stylesAt = pointsAt + 8 + 56;
+    EXPECT_EQ(readU32(points->data() + 24), (stylesAt + 8 + 8) - (pointsAt + 8 + 24));
+    EXPECT_EQ(readU32(points->data() + 52), (stylesAt + 8) - (pointsAt + 8 + 52));
+    EXPECT_EQ(wordAt(file, pointsAt + 8 + 24), stylesAt + 16);
+}
+
+TEST(PoolSerialize, FieldPointingOutsideEveryPoolKeepsItsValueAndNoFixup) {
+    kiv_test::TempDeviceRoot root;
+    PoolManager pools;
+    PoolEntity* points = newPool(pools, ePointsList, 56);
+    PoolEntity* stray = newPool(pools, ePointStylesList, 8);  // allocated, never registered
+    pools.registerPool(points);
+    link(pools, points, 24, stray, 0);
+    link(pools, points, 52, points, 0);
+    const std::uint32_t strayWord = readU32(points->data() + 24);
+    const std::string file = serializeToFile(pools, root);
+
+    const std::uint32_t pointsAt = 8 * 4 + 4 * 2;
+    EXPECT_EQ(wordAt(file, 28), 4u);  // F = 1 of N = 2
+    EXPECT_EQ(wordAt(file, 32), pointsAt + 8 + 52);
+    EXPECT_EQ(wordAt(file, 36), 0u);  // the reserved place left unwritten
+    EXPECT_EQ(wordAt(file, pointsAt + 8 + 24), strayWord);
+    // Out of step: fixup 0 (the second field's offset) was taken from the first field.
+    EXPECT_EQ(readU32(points->data() + 24), strayWord - (pointsAt + 8 + 52));
+    EXPECT_EQ(readU32(points->data() + 52), pointsAt + 8);
+}
+
+TEST(PoolSerialize, FailsWithoutTouchingAnythingWhenFileCannotBeCreated) {
+    kiv_test::TempDeviceRoot root;
+    PoolManager pools;
+    PoolEntity* points = newPool(pools, ePointsList, 28);
+    pools.registerPool(points);
+    link(pools, points, 24, points, 0);
+    const std::uint32_t before = readU32(points->data() + 24);
+    CEntityWriter writer(L"\\no such folder\\image.vec");
+    EXPECT_FALSE(pools.serialize(writer));
+    EXPECT_EQ(readU32(points->data() + 24), before);
+}
+
+TEST(PoolDeserialize, ChecksOnlyTheKindHalfOfTheFirstWord) {
+    LoadableImage image({{eFixupTable, 0}});
+    image.set(0, 0x0001ABCD);
+    EXPECT_TRUE(PoolManager().deserialize(image.data(), image.size()));
+    image.set(0, 0x0002ABCD);
+    EXPECT_FALSE(PoolManager().deserialize(image.data(), image.size()));
+    EXPECT_FALSE(PoolManager().deserialize(nullptr, 100));
+    EXPECT_FALSE(PoolManager().deserialize(image.data(), 4));
+}
+
+TEST(PoolDeserialize, RefusesDirectoriesAndEntitiesThatRunPastTheEnd) {
+    LoadableImage image({{eFixupTable, 0}, {ePointsList, 28}});
+    EXPECT_TRUE(PoolManager().deserialize(image.data(), image.size()));  // the points end exactly at the end
+    EXPECT_FALSE(PoolManager().deserialize(image.data(), image.size() - 1));
+
+    LoadableImage grown = image;
+    grown.set(grown.payloadOf(1) - 4, 29);  // the points' size word, one byte too many
+    EXPECT_FALSE(PoolManager().deserialize(grown.data(), grown.size()));
+
+    LoadableImage longDirectory = image;
+    longDirectory.set(4, static_cast<std::uint32_t>(image.size()));
+    EXPECT_FALSE(PoolManager().deserialize(longDirectory.data(), longDirectory.size()));
+
+    LoadableImage negativeOffset = image;  // a signed comparison would let this through
+    negativeOffset.set(20, 0xFFFFFFF8u);
+    EXPECT_FALSE(PoolManager().deserialize(negativeOffset.data(), negativeOffset.size()));
+}
+
+TEST(PoolDeserialize, RefusesRepeatedIdsAndImagesWithoutFixupTable) {
+    LoadableImage repeated({{ePointsList, 0}, {ePointsList, 0}, {eFixupTable, 0}});
+    EXPECT_FALSE(PoolManager().deserialize(repeated.data(), repeated.size()));
+
+    LoadableImage noTable({{ePointsList, 0}, {eLinesList, 0}});
+    PoolManager pools;
+    EXPECT_FALSE(pools.deserialize(noTable.data(), noTable.size()));
+    EXPECT_EQ(pools.getPoolCount(), 2);  // what was registered stays
+    EXPECT_NE(pools.getPool(eLinesList), nullptr);
+
+    LoadableImage empty({});
+    EXPECT_FALSE(PoolManager().deserialize(empty.data(), empty.size()));
+}
+
+TEST(PoolDeserialize, FixupTablesOfZeroToThreeBytesConvertNothing) {
+    for (std::uint32_t size = 0; size <= 3; ++size) {
+        LoadableImage image({{ePointsList, 28}, {eFixupTable, size}});
+        PoolManager pools;
+        ASSERT_TRUE(pools.deserialize(image.data(), image.size())) << size;
+        EXPECT_EQ(pools.getPointerList().GetSize(), 0) << size;
+    }
+}
+
+TEST(PoolDeserialize, RegistersEntitiesInPlaceAndReportsEachFixedField) {
+    LoadableImage image({{ePointsList, 28}, {ePointStylesList, 8}, {eFixupTable, 4}});
+    const std::size_t points = image.payloadOf(0), styles = image.payloadOf(1), table = image.payloadOf(2);
+    image.set(points + 24, static_cast<std::uint32_t>(styles));
+    image.set(table, static_cast<std::uint32_t>(points + 24));
+    PoolManager pools;
+    ASSERT_TRUE(pools.deserialize(image.data(), image.size()));
+    ASSERT_EQ(pools.getPoolCount(), 2);
+    EXPECT_EQ(pools.getPool(ePointsList)->bytes(), image.data() + points - 8);  // no copy
+    ASSERT_EQ(pools.getPointerList().GetSize(), 1);
+    EXPECT_EQ(pools.getPointerList()[0], image.data() + points + 24);
+    EXPECT_EQ(pools.fromWord(image.get(points + 24), 8), image.data() + styles);
+}
+
+TEST(PoolDeserialize, RefusesFixupsThatNameOrReachOutsideTheImage) {
+    LoadableImage image({{ePointsList, 28}, {eFixupTable, 4}});
+    const std::size_t points = image.payloadOf(0), table = image.payloadOf(1);
+    image.set(table, static_cast<std::uint32_t>(image.size() - 2));  // field straddles the end
+    EXPECT_FALSE(PoolManager().deserialize(image.data(), image.size()));
+
+    image.set(table, static_cast<std::uint32_t>(points + 24));
+    image.set(points + 24, static_cast<std::uint32_t>(image.size()));  // target past the end
+    EXPECT_FALSE(PoolManager().deserialize(image.data(), image.size()));
+    image.set(points + 24, static_cast<std::uint32_t>(image.size() - 1));
+    EXPECT_TRUE(PoolManager().deserialize(image.data(), image.size()));
+}
+
+TEST(PoolLookup, FindsPoolsByExactIdInRegistrationOrder) {
+    PoolManager pools;
+    PoolEntity* variant = newPool(pools, 0x00040001, 0);
+    PoolEntity* first = newPool(pools, eLinesList, 0);
+    PoolEntity* second = newPool(pools, eLinesList, 0);
+    pools.registerPool(variant);
+    pools.registerPool(first);
+    pools.registerPool(second);
+    EXPECT_EQ(pools.getPool(eLinesList), first);
+    pools.unregisterPool(first);
+    EXPECT_EQ(pools.getPool(eLinesList), second);
+    EXPECT_EQ(pools.getPool(ePointsList), nullptr);
+    EXPECT_EQ(pools.getPoolCount(), 2);
+}
+
+TEST(PoolLookup, BlockIntervalMapTakesGreatestStartAndExcludesTheEnd) {
+    BlockIntervalMap map;
+    BlockIntervalMap::Block found;
+    EXPECT_FALSE(map.lookup(100, found));
+    map.set(100, 150, 7);
+    map.set(200, 210, 9);
+    EXPECT_FALSE(map.lookup(99, found));
+    ASSERT_TRUE(map.lookup(149, found));
+    EXPECT_EQ(found.offset, 7u);
+    EXPECT_FALSE(map.lookup(150, found));
+    ASSERT_TRUE(map.lookup(200, found));
+    EXPECT_EQ(found.start, 200u);
+    EXPECT_FALSE(map.lookup(210, found));
+}
+
+TEST(PoolExpand, MovesFieldsByFourTimesAndTargetsByOnceTheHeaderUnitDistance) {
+    PoolManager pools;
+    PoolEntity* points = newPool(pools, ePointsList, 28);
+    PoolEntity* styles = newPool(pools, ePointStylesList, 16);
+    pools.registerPool(points);
+    pools.registerPool(styles);
+    link(pools, points, 24, styles, 8);   // into the pool that grows
+    link(pools, styles, 4, points, 0);    // out of it
+    const std::uint32_t intoBefore = readU32(points->data() + 24);
+    const std::uint32_t outOfBefore = readU32(styles->data() + 4);
+
+    PoolEntity* grown = pools.expandPool(styles, 64);
+    ASSERT_NE(grown, nullptr);
+    EXPECT_EQ(grown->getSize(), 64u);
+    EXPECT_EQ(grown->getId(), ePointStylesList);
+    EXPECT_EQ(readU32(grown->data() + 4), outOfBefore);  // the payload came along
+
+    const std::int64_t d = (reinterpret_cast<std::intptr_t>(grown) - reinterpret_cast<std::intptr_t>(styles)) / 8;
+    EXPECT_EQ(readU32(points->data() + 24), intoBefore + static_cast<std::uint32_t>(d));
+    EXPECT_EQ(pools.getPointerList()[1], styles->data() + 4 + 4 * d);
+    EXPECT_EQ(pools.getPool(ePointStylesList), styles);  // registration is the caller's
+}
+
+TEST(EntityKinds, NamesComeFromTheDescriptorChain) {
+    EXPECT_STREQ(getEntityKindName(eTagDirectory), "TagDirectory");
+    EXPECT_STREQ(getEntityKindName(ePolyLineElementsLists), "PolyLineElementsLists");
+    EXPECT_STREQ(getEntityKindName(eDummyEntity), "DummyEntity");
+    EXPECT_STREQ(getEntityKindName(0xFFFFFFFFu), "Unknown");
+    EXPECT_STREQ(getEntityKindName(0x00030001), "Invalid entity ID");
+    int kinds = 0;
+    for (auto* kind = getFirstEntityKind(); kind; kind = kind->next) ++kinds;
+    EXPECT_EQ(kinds, 17);
+}

@@ -1,0 +1,226 @@
+// Point, line and arc buffers: how each divides against a node's box, draws itself
+// through a renderer, and offers its features to a pick.
+#include "utils/vector/RenderableBuffers.h"
+
+#include <cmath>
+#include <numbers>
+
+namespace {
+
+// Keeps the candidate when it is within tolerance and nearer than what was found; on a
+// tie a point wins over a line, since a point is what a surveyor stakes.
+void offer(TPickResult& best, double tolerance, TPickResult::EKind kind, int index, double distance,
+           const TCoord2d& nearest) {
+    if (!(distance <= tolerance)) return;
+    const bool nearer = best.kind == TPickResult::eNone || distance < best.distance ||
+                        (distance == best.distance && kind == TPickResult::ePoint && best.kind == TPickResult::eLine);
+    if (nearer) best = TPickResult{kind, index, distance, nearest};
+}
+
+TCoord2d nearestOnSegment(const TCoord2d& p, double x1, double y1, double x2, double y2) {
+    const double dx = x2 - x1, dy = y2 - y1;
+    const double length2 = dx * dx + dy * dy;
+    double t = length2 > 0.0 ? ((p.x - x1) * dx + (p.y - y1) * dy) / length2 : 0.0;
+    t = std::clamp(t, 0.0, 1.0);
+    return {x1 + t * dx, y1 + t * dy};
+}
+
+BoundingBox boxOfSegment(double x1, double y1, double x2, double y2) {
+    return {std::min(x1, x2), std::max(y1, y2), std::max(x1, x2), std::min(y1, y2)};
+}
+
+// Differences this close to zero count as zero where a line is tested against the centre.
+double snapped(double value) { return std::fabs(value) <= 1e-12 ? 0.0 : value; }
+
+}  // namespace
+
+int quadrantOf(const BoundingBox& box, double x, double y) {
+    const double dx = x - (box.left + box.getWidth() / 2);
+    const double dy = y - (box.bottom + box.getHeight() / 2);
+    if (dy >= 0) return dx < 0 ? 0 : 1;
+    return dx < 0 ? 2 : 3;
+}
+
+void quadrantsOf(const BoundingBox& box, BoundingBox quadrants[4]) {
+    const double cx = box.left + box.getWidth() / 2;
+    const double cy = box.bottom + box.getHeight() / 2;
+    quadrants[0] = {box.left, box.top, cx, cy};
+    quadrants[1] = {cx, box.top, box.right, cy};
+    quadrants[2] = {box.left, cy, cx, box.bottom};
+    quadrants[3] = {cx, cy, box.right, box.bottom};
+}
+
+// ---- points --------------------------------------------------------------------------
+
+std::shared_ptr<PointBuffer> PointBuffer::fromBlob(const VectorBlob& blob) {
+    std::vector<Feature> features;
+    if (const VectorFormat::PointsList* points = blob.getPointsList()) {
+        features.reserve(points->getCount());
+        for (std::uint32_t i = 0; i < points->getCount(); ++i) {
+            const TCoord3d p = points->getPosition(i);
+            features.push_back({p.x, p.y, i});
+        }
+    }
+    return std::make_shared<PointBuffer>(std::move(features));
+}
+
+PointBuffer::PointBuffer(std::vector<Feature> features) : features_(std::move(features)) {
+    for (const Feature& f : features_) box_.widen(f.x, f.y);
+}
+
+void PointBuffer::render(const TRenderContext& context) const {
+    const VectorFormat::PointsList* points = context.blob->getPointsList();
+    if (points == nullptr) return;
+    const BoundingBox view = context.renderer->getViewport();
+    for (const Feature& f : features_) {
+        TPointStyle style;
+        if (f.index >= points->getCount() || !context.blob->getPointStyle(f.index, style)) continue;
+        const TCoord3d at = context.from->convert(points->getPosition(f.index), *context.to);
+        if (view.contains(at.x, at.y)) context.renderer->drawPoint(at, style);
+    }
+}
+
+void PointBuffer::pick(const TCoord2d& at, double tolerance, bool points, bool, TPickResult& best) const {
+    if (!points) return;
+    for (const Feature& f : features_) {
+        offer(best, tolerance, TPickResult::ePoint, static_cast<int>(f.index), std::hypot(at.x - f.x, at.y - f.y),
+              {f.x, f.y});
+    }
+}
+
+bool PointBuffer::split(const BoundingBox& box, std::shared_ptr<IRenderableBuffer> parts[4]) const {
+    std::vector<Feature> quarters[4];
+    for (const Feature& f : features_) quarters[quadrantOf(box, f.x, f.y)].push_back(f);
+    for (int q = 0; q < 4; ++q) {
+        parts[q] = quarters[q].empty() ? nullptr : std::make_shared<PointBuffer>(std::move(quarters[q]));
+    }
+    return true;
+}
+
+// ---- lines ---------------------------------------------------------------------------
+
+std::shared_ptr<LineBuffer> LineBuffer::fromBlob(const VectorBlob& blob) {
+    std::vector<Feature> features;
+    if (const VectorFormat::LinesList* lines = blob.getLinesList()) {
+        features.reserve(lines->getCount());
+        for (std::uint32_t i = 0; i < lines->getCount(); ++i) {
+            const TCoord3d a = lines->getStart(i), b = lines->getEnd(i);
+            features.push_back({a.x, a.y, b.x, b.y, i, blob.getLinePolyLineIndex(i)});
+        }
+    }
+    return std::make_shared<LineBuffer>(std::move(features));
+}
+
+LineBuffer::LineBuffer(std::vector<Feature> features) : features_(std::move(features)) {
+    for (const Feature& f : features_) box_.widen(boxOfSegment(f.x1, f.y1, f.x2, f.y2));
+}
+
+void LineBuffer::render(const TRenderContext& context) const {
+    const VectorFormat::LinesList* lines = context.blob->getLinesList();
+    if (lines == nullptr) return;
+    const BoundingBox view = context.renderer->getViewport();
+    for (const Feature& f : features_) {
+        TLineStyle style;
+        if (f.index >= lines->getCount() || !context.blob->getLineStyle(f.index, style)) continue;
+        const TCoord3d ends[2] = {context.from->convert(lines->getStart(f.index), *context.to),
+                                  context.from->convert(lines->getEnd(f.index), *context.to)};
+        if (view.intersects(boxOfSegment(ends[0].x, ends[0].y, ends[1].x, ends[1].y))) {
+            context.renderer->drawPolyline(ends, 2, style);
+        }
+    }
+}
+
+void LineBuffer::pick(const TCoord2d& at, double tolerance, bool, bool lines, TPickResult& best) const {
+    if (!lines) return;
+    for (const Feature& f : features_) {
+        const TCoord2d nearest = nearestOnSegment(at, f.x1, f.y1, f.x2, f.y2);
+        offer(best, tolerance, TPickResult::eLine, f.polyLine, std::hypot(at.x - nearest.x, at.y - nearest.y), nearest);
+    }
+}
+
+bool LineBuffer::split(const BoundingBox& box, std::shared_ptr<IRenderableBuffer> parts[4]) const {
+    const double cx = box.left + box.getWidth() / 2;
+    const double cy = box.bottom + box.getHeight() / 2;
+    std::vector<Feature> quarters[4];
+    for (const Feature& f : features_) {
+        if (!box.intersects(boxOfSegment(f.x1, f.y1, f.x2, f.y2))) continue;
+        const int a = quadrantOf(box, f.x1, f.y1);
+        const int b = quadrantOf(box, f.x2, f.y2);
+        quarters[a].push_back(f);
+        if (b == a) continue;
+        quarters[b].push_back(f);
+        if (a + b != 3) continue;  // side by side: the two quadrants of its ends suffice
+        // Diagonally opposite ends: the segment also passes one of the two other
+        // quadrants, told by where it crosses the horizontal dividing line.
+        const double crossX = f.x1 + (cy - f.y1) * (f.x2 - f.x1) / (f.y2 - f.y1);
+        const bool crossesRight = snapped(crossX - cx) >= 0;
+        const bool fromUpperLeft = (a == 0 || b == 0);
+        // 0-3 runs down the left side (2) or the right (1); 1-2 the right (3) or the left (0).
+        const int third = fromUpperLeft ? (crossesRight ? 1 : 2) : (crossesRight ? 3 : 0);
+        quarters[third].push_back(f);
+    }
+    for (int q = 0; q < 4; ++q) {
+        parts[q] = quarters[q].empty() ? nullptr : std::make_shared<LineBuffer>(std::move(quarters[q]));
+    }
+    return true;
+}
+
+// ---- arcs ----------------------------------------------------------------------------
+
+ArcBuffer::ArcBuffer(const VectorBlob& blob, std::uint32_t arcIndex) : index_(arcIndex) {
+    const VectorFormat::ArcsList* arcs = blob.getArcsList();
+    if (arcs == nullptr || arcIndex >= arcs->getCount()) return;
+    const TCoord3d start = arcs->getStart(arcIndex), end = arcs->getEnd(arcIndex);
+    z_ = start.z;
+    polyLine_ = blob.getArcPolyLineIndex(arcIndex);
+    valid_ = arcs->getArc(arcIndex, arc_);
+    if (valid_) {
+        arc_.getBounds(box_.left, box_.top, box_.right, box_.bottom);
+    } else {  // an arc without radius is the box of its ends
+        box_ = boxOfSegment(start.x, start.y, end.x, end.y);
+    }
+}
+
+void ArcBuffer::render(const TRenderContext& context) const {
+    TLineStyle style;
+    if (!valid_ || !context.blob->getArcStyle(index_, style)) return;
+    // Sampled every 5 degrees or closer; the renderer draws the chords.
+    const int steps = std::max(2, static_cast<int>(std::ceil(std::fabs(arc_.getSweep()) / (std::numbers::pi / 36))));
+    std::vector<TCoord3d> samples(static_cast<std::size_t>(steps) + 1);
+    BoundingBox drawn;
+    for (int i = 0; i <= steps; ++i) {
+        const TCoord2d p = arc_.pointAt(static_cast<double>(i) / steps);
+        samples[static_cast<std::size_t>(i)] = context.from->convert(p.x, p.y, z_, *context.to);
+        drawn.widen(samples[static_cast<std::size_t>(i)].x, samples[static_cast<std::size_t>(i)].y);
+    }
+    if (context.renderer->getViewport().intersects(drawn)) {
+        context.renderer->drawPolyline(samples.data(), static_cast<int>(samples.size()), style);
+    }
+}
+
+void ArcBuffer::pick(const TCoord2d& at, double tolerance, bool, bool lines, TPickResult& best) const {
+    if (!lines || !valid_) return;
+    const double distance = arc_.distanceTo(at);
+    // The nearest position: along the ray from the centre when the arc spans it, else an end.
+    TCoord2d nearest = arc_.getStart();
+    const TCoord2d c = arc_.getCenter();
+    const double fromCentre = std::hypot(at.x - c.x, at.y - c.y);
+    if (fromCentre > 0.0 && arc_.spansAzimuth(atan3(at.x - c.x, at.y - c.y))) {
+        nearest = {c.x + (at.x - c.x) * arc_.getRadius() / fromCentre, c.y + (at.y - c.y) * arc_.getRadius() / fromCentre};
+    } else if (std::hypot(at.x - arc_.getFinish().x, at.y - arc_.getFinish().y) < std::hypot(at.x - nearest.x, at.y - nearest.y)) {
+        nearest = arc_.getFinish();
+    }
+    offer(best, tolerance, TPickResult::eLine, polyLine_, distance, nearest);
+}
+
+bool ArcBuffer::split(const BoundingBox& box, std::shared_ptr<IRenderableBuffer> parts[4]) const {
+    if (!box_.isValid()) return false;
+    const double cx = box.left + box.getWidth() / 2;
+    const double cy = box.bottom + box.getHeight() / 2;
+    const bool leftSide = box_.left < cx, rightSide = box_.right >= cx;
+    const bool upper = box_.top >= cy, lower = box_.bottom < cy;
+    const bool touches[4] = {leftSide && upper, rightSide && upper, leftSide && lower, rightSide && lower};
+    if (touches[0] && touches[1] && touches[2] && touches[3]) return false;
+    for (int q = 0; q < 4; ++q) parts[q] = touches[q] ? std::shared_ptr<ArcBuffer>(new ArcBuffer(*this)) : nullptr;
+    return true;
+}

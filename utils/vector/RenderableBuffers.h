@@ -1,0 +1,126 @@
+// The renderable buffers the quadtree holds: a batch of points, a batch of lines, or
+// one arc, each with its bounding box. Buffers copy the geometry they need out of the
+// blob, so splitting and picking never go back to the image; drawing asks the blob for
+// styles.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "platform/kivmath/Arc.h"
+#include "platform/kivutils/Heap.h"
+#include "utils/vector/BoundingBox.h"
+#include "utils/vector/Csx.h"
+#include "utils/vector/IRenderer.h"
+#include "utils/vector/VectorBlob.h"
+
+// What a pick found: a point (by its index in the PointsList) or a line (by the index
+// of its polyline in the PolyLinesList; arcs are picked as the polylines they belong to).
+struct TPickResult {
+    enum EKind { eNone, ePoint, eLine };
+    EKind kind = eNone;
+    int index = -1;
+    double distance = 0.0;
+    TCoord2d nearest;  // the nearest position on the feature, in the image's system
+};
+
+// Everything a buffer needs to draw itself.
+struct TRenderContext {
+    const VectorBlob* blob;
+    const Csx::CCs* from;
+    const Csx::CCs* to;
+    IRenderer* renderer;
+};
+
+class IRenderableBuffer : public SharedHeapObject {
+public:
+    virtual ~IRenderableBuffer() = default;
+    virtual const BoundingBox& getBBox() const = 0;
+    virtual int getFeatureCount() const = 0;
+    virtual void render(const TRenderContext& context) const = 0;
+    // Offers every feature within `tolerance` of `at` to `best`, keeping the nearer.
+    virtual void pick(const TCoord2d& at, double tolerance, bool points, bool lines, TPickResult& best) const = 0;
+    // Divides the buffer against `box` into up to four parts, one per quadrant (0 upper
+    // left, 1 upper right, 2 lower left, 3 lower right; null where nothing falls). False
+    // when the buffer cannot be divided; `parts` is then left alone.
+    virtual bool split(const BoundingBox& box, std::shared_ptr<IRenderableBuffer> parts[4]) const = 0;
+    // The pass this buffer was last drawn in, so that a buffer shared by several nodes
+    // is drawn once per pass.
+    int lastPass = -1;
+};
+
+// The quadrant of (x, y) in `box`: 0 upper left, 1 upper right, 2 lower left, 3 lower
+// right; a position on a dividing line belongs to the right or the upper side.
+int quadrantOf(const BoundingBox& box, double x, double y);
+// The four quadrants of `box`, in quadrant order.
+void quadrantsOf(const BoundingBox& box, BoundingBox quadrants[4]);
+
+class PointBuffer : public IRenderableBuffer {
+public:
+    struct Feature {
+        double x, y;
+        std::uint32_t index;
+    };
+    static std::shared_ptr<PointBuffer> fromBlob(const VectorBlob& blob);
+    explicit PointBuffer(std::vector<Feature> features);
+
+    const BoundingBox& getBBox() const override { return box_; }
+    int getFeatureCount() const override { return static_cast<int>(features_.size()); }
+    void render(const TRenderContext& context) const override;
+    void pick(const TCoord2d& at, double tolerance, bool points, bool lines, TPickResult& best) const override;
+    bool split(const BoundingBox& box, std::shared_ptr<IRenderableBuffer> parts[4]) const override;
+    const std::vector<Feature>& getFeatures() const { return features_; }
+
+private:
+    std::vector<Feature> features_;
+    BoundingBox box_;
+};
+
+class LineBuffer : public IRenderableBuffer {
+public:
+    struct Feature {
+        double x1, y1, x2, y2;
+        std::uint32_t index;
+        int polyLine;
+    };
+    static std::shared_ptr<LineBuffer> fromBlob(const VectorBlob& blob);
+    explicit LineBuffer(std::vector<Feature> features);
+
+    const BoundingBox& getBBox() const override { return box_; }
+    int getFeatureCount() const override { return static_cast<int>(features_.size()); }
+    void render(const TRenderContext& context) const override;
+    void pick(const TCoord2d& at, double tolerance, bool points, bool lines, TPickResult& best) const override;
+    // Lines whose box misses `box` are left out first; the rest go to the quadrants of
+    // their ends, whole, never cut (see the definition for lines across the centre).
+    bool split(const BoundingBox& box, std::shared_ptr<IRenderableBuffer> parts[4]) const override;
+    const std::vector<Feature>& getFeatures() const { return features_; }
+
+private:
+    std::vector<Feature> features_;
+    BoundingBox box_;
+};
+
+class ArcBuffer : public IRenderableBuffer {
+public:
+    ArcBuffer(const VectorBlob& blob, std::uint32_t arcIndex);
+
+    const BoundingBox& getBBox() const override { return box_; }
+    int getFeatureCount() const override { return 1; }
+    void render(const TRenderContext& context) const override;
+    void pick(const TCoord2d& at, double tolerance, bool points, bool lines, TPickResult& best) const override;
+    // The arc goes, whole, to each quadrant its box touches; an arc touching all four
+    // cannot be divided.
+    bool split(const BoundingBox& box, std::shared_ptr<IRenderableBuffer> parts[4]) const override;
+    std::uint32_t getArcIndex() const { return index_; }
+
+private:
+    ArcBuffer() = default;
+
+    CArc arc_;
+    bool valid_ = false;
+    double z_ = 0.0;
+    std::uint32_t index_ = 0;
+    int polyLine_ = -1;
+    BoundingBox box_;
+};
