@@ -1,6 +1,14 @@
 // Umbrella header of the utils library: every public header of every subsystem.
 #pragma once
 
+#include "utils/settings/AppStrPaths.h"
+#include "utils/settings/CRC16.h"
+#include "utils/settings/ColumnSettings.h"
+#include "utils/settings/ConfigStorage.h"
+#include "utils/settings/HistoryVerifier.h"
+#include "utils/settings/SettingsStore.h"
+#include "utils/settings/XMLWriter.h"
+#include "utils/settings/XmlConfigStorage.h"
 #include "utils/units/UnitConvertEx.h"
 #include "utils/vector/Csx.h"
 #include "utils/vector/PoolManager.h"
