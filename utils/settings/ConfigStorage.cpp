@@ -92,10 +92,13 @@ CKivStringT IndexedName(const CKivStringT& name, unsigned index) {
 // again on the next lookup.
 template <class T, class Index>
 void EraseItem(CKivArray<T*>& items, Index& firstByName, const T& item) {
-    auto it = std::find(items.begin(), items.end(), &item);
-    if (it == items.end()) return;
-    items.RemoveAt(static_cast<int>(it - items.begin()));
-    firstByName.Invalidate();
+    // From the back: the newest items are the ones most often taken away again.
+    for (int i = items.GetSize() - 1; i >= 0; --i) {
+        if (items[i] != &item) continue;
+        items.RemoveAt(i);
+        firstByName.Invalidate();
+        return;
+    }
 }
 
 }  // namespace

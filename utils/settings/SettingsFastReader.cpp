@@ -1,5 +1,5 @@
-// The strict settings reader: one pass checks the whole text and records where each
-// group and value lies; only a text that passes becomes a tree. Whatever the platform's
+// The strict settings reader: one pass reads the text and builds the tree as it goes;
+// a text that turns out not to be ordinary has its tree undone. Whatever the platform's
 // tokenizer might read differently (entities, comments, odd markup, other encodings,
 // nameless groups, stray text) makes it decline.
 #include "utils/settings/SettingsFastReader.h"
@@ -17,12 +17,6 @@ namespace kiv_settings_detail {
 
 namespace {
 
-struct Item {
-    enum Kind { OpenGroup, CloseGroup, Value } kind;
-    std::string_view name;
-    std::string_view type;
-    std::string_view content;
-};
 
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
@@ -42,28 +36,110 @@ bool IsPlainText(std::string_view s, bool attribute) {
     return true;
 }
 
+// Widens into `out`, reusing its storage; the bytes are valid UTF-8.
+void WidenInto(std::string_view utf8, CKivStringT& out) {
+    out.Empty();
+    for (char c : utf8) {
+        if (static_cast<unsigned char>(c) >= 0x80) {
+            out = CKivStringT(kiv_text::FromUtf8(utf8));
+            return;
+        }
+        out += static_cast<wchar_t>(c);
+    }
+}
+
+// Eight bytes at a time: the whole file is checked before anything is read from it.
+bool IsAscii(std::string_view s) {
+    size_t i = 0;
+    for (; i + 8 <= s.size(); i += 8) {
+        std::uint64_t word;
+        std::memcpy(&word, s.data() + i, 8);
+        if (word & 0x8080808080808080ULL) return false;
+    }
+    for (; i < s.size(); ++i)
+        if (static_cast<unsigned char>(s[i]) >= 0x80) return false;
+    return true;
+}
+
+// The number _wtol reads from ASCII text without control characters: blanks, a sign,
+// decimal digits; a number beyond the 32-bit range gives its nearest end.
+int ReadLongAscii(std::string_view s) {
+    size_t i = 0;
+    while (i < s.size() && s[i] == ' ') ++i;
+    bool negative = false;
+    if (i < s.size() && (s[i] == '+' || s[i] == '-')) negative = s[i++] == '-';
+    long long v = 0;
+    for (; i < s.size() && s[i] >= '0' && s[i] <= '9'; ++i)
+        if (v <= 1LL << 32) v = v * 10 + (s[i] - '0');
+    if (negative) v = -v;
+    return v > INT_MAX ? INT_MAX : v < INT_MIN ? INT_MIN : static_cast<int>(v);
+}
+
+// Builds the tree while it reads; the caller undoes it when the text turns out not to be
+// ordinary after all.
+class Builder {
+public:
+    explicit Builder(CConfigGroup& root) : open_{&root} {}
+
+    void OpenGroup(std::string_view name) {
+        WidenInto(name, name_);
+        auto* group = new CXmlConfigGroup(*open_.back(), name_);
+        if (open_.size() == 1) topLevel_.push_back(group);
+        open_.push_back(group);
+    }
+
+    void CloseGroup() { open_.pop_back(); }
+
+    void Value(std::string_view name, std::string_view type, std::string_view content) {
+        auto& group = static_cast<CXmlConfigGroup&>(*open_.back());
+        WidenInto(name, name_);
+        // Whole numbers and flags are read straight from the bytes, as the format reads
+        // them; the other types take the shared way.
+        if (type == "int" && IsAscii(content)) {
+            new CXmlConfigValue(group, name_, ReadLongAscii(content));
+        } else if (type == "bool" && IsAscii(content)) {
+            new CXmlConfigValue(group, name_, !content.empty() && ReadLongAscii(content) != 0);
+        } else {
+            WidenInto(type, type_);
+            WidenInto(content, content_);
+            CreateLoadedValue(group, name_, type_, content_);
+        }
+    }
+
+    // Deletes every group made so far, newest first.
+    void Undo() {
+        for (auto it = topLevel_.rbegin(); it != topLevel_.rend(); ++it) (*it)->Delete();
+        topLevel_.clear();
+    }
+
+private:
+    std::vector<CConfigGroup*> open_;
+    std::vector<CConfigGroup*> topLevel_;
+    CKivStringT name_, type_, content_;
+};
+
 class Scanner {
 public:
     explicit Scanner(std::string_view text) : s_(text) {}
 
-    bool Run(std::vector<Item>& items) {
+    bool Run(Builder& out) {
         if (!Prolog() || !Literal("<kiv_config>")) return false;
         int depth = 0;
         for (;;) {
             SkipBlanks();
-            if (Literal("</kiv_config>")) break;
-            if (Literal("</group>")) {
-                if (--depth < 0) return false;
-                items.push_back({Item::CloseGroup, {}, {}, {}});
-                continue;
+            if (pos_ + 1 < s_.size() && s_[pos_ + 1] == '/') {
+                if (Literal("</group>")) {
+                    if (--depth < 0) return false;
+                    out.CloseGroup();
+                    continue;
+                }
+                if (Literal("</kiv_config>")) break;
+                return false;
             }
             std::string_view tag;
             Attributes attributes;
             if (!StartTag(tag, attributes)) return false;
-            if (tag == "group") {
-                if (attributes.name.empty() || ++depth > kMaxGroupDepth) return false;
-                items.push_back({Item::OpenGroup, attributes.name, {}, {}});
-            } else if (tag == "value" && depth > 0) {
+            if (tag == "value" && depth > 0) {
                 const size_t end = s_.find('<', pos_);
                 if (end == std::string_view::npos) return false;
                 const std::string_view content = s_.substr(pos_, end - pos_);
@@ -71,7 +147,10 @@ public:
                 pos_ = end;
                 if (!Literal("</value>")) return false;
                 if (!attributes.name.empty() && !attributes.type.empty())
-                    items.push_back({Item::Value, attributes.name, attributes.type, content});
+                    out.Value(attributes.name, attributes.type, content);
+            } else if (tag == "group") {
+                if (attributes.name.empty() || ++depth > kMaxGroupDepth) return false;
+                out.OpenGroup(attributes.name);
             } else {
                 return false;
             }
@@ -148,78 +227,15 @@ private:
     size_t pos_ = 0;
 };
 
-// Widens into `out`, reusing its storage; the bytes are valid UTF-8.
-void WidenInto(std::string_view utf8, CKivStringT& out) {
-    out.Empty();
-    for (char c : utf8) {
-        if (static_cast<unsigned char>(c) >= 0x80) {
-            out = CKivStringT(kiv_text::FromUtf8(utf8));
-            return;
-        }
-        out += static_cast<wchar_t>(c);
-    }
-}
-
-// Eight bytes at a time: the whole file is checked before anything is read from it.
-bool IsAscii(std::string_view s) {
-    size_t i = 0;
-    for (; i + 8 <= s.size(); i += 8) {
-        std::uint64_t word;
-        std::memcpy(&word, s.data() + i, 8);
-        if (word & 0x8080808080808080ULL) return false;
-    }
-    for (; i < s.size(); ++i)
-        if (static_cast<unsigned char>(s[i]) >= 0x80) return false;
-    return true;
-}
-
-// The number _wtol reads from ASCII text without control characters: blanks, a sign,
-// decimal digits; a number beyond the 32-bit range gives its nearest end.
-int ReadLongAscii(std::string_view s) {
-    size_t i = 0;
-    while (i < s.size() && s[i] == ' ') ++i;
-    bool negative = false;
-    if (i < s.size() && (s[i] == '+' || s[i] == '-')) negative = s[i++] == '-';
-    long long v = 0;
-    for (; i < s.size() && s[i] >= '0' && s[i] <= '9'; ++i)
-        if (v <= 1LL << 32) v = v * 10 + (s[i] - '0');
-    if (negative) v = -v;
-    return v > INT_MAX ? INT_MAX : v < INT_MIN ? INT_MIN : static_cast<int>(v);
-}
-
 }  // namespace
 
 bool ReadOrdinarySettings(std::string_view bytes, CConfigGroup& root) {
     if (bytes.substr(0, 3) == "\xEF\xBB\xBF") bytes.remove_prefix(3);
     if (!IsAscii(bytes) && !kiv_text::IsValidUtf8(bytes)) return false;
-    std::vector<Item> items;
-    items.reserve(bytes.size() / 48);
-    if (!Scanner(bytes).Run(items)) return false;
-    std::vector<CConfigGroup*> open{&root};
-    CKivStringT name, type, content;
-    for (const Item& item : items) {
-        WidenInto(item.name, name);
-        switch (item.kind) {
-            case Item::OpenGroup: open.push_back(new CXmlConfigGroup(*open.back(), name)); break;
-            case Item::CloseGroup: open.pop_back(); break;
-            case Item::Value: {
-                auto& group = static_cast<CXmlConfigGroup&>(*open.back());
-                // Whole numbers and flags are read straight from the bytes, as the
-                // format reads them; the other types take the shared way.
-                if (item.type == "int" && IsAscii(item.content)) {
-                    new CXmlConfigValue(group, name, ReadLongAscii(item.content));
-                } else if (item.type == "bool" && IsAscii(item.content)) {
-                    new CXmlConfigValue(group, name, !item.content.empty() && ReadLongAscii(item.content) != 0);
-                } else {
-                    WidenInto(item.type, type);
-                    WidenInto(item.content, content);
-                    CreateLoadedValue(group, name, type, content);
-                }
-                break;
-            }
-        }
-    }
-    return true;
+    Builder builder(root);
+    if (Scanner(bytes).Run(builder)) return true;
+    builder.Undo();
+    return false;
 }
 
 }  // namespace kiv_settings_detail

@@ -183,3 +183,26 @@ TEST_F(XmlSettingsTest, GarbageFilesLoadAsEmptyTrees) {
         EXPECT_LE(s.GetNumberOfGroups(), 1u);
     }
 }
+
+TEST_F(XmlSettingsTest, FileThatTurnsOutUnusualLateIsReadOnceByTheTokenizer) {
+    WriteText(Doc("<group name=\"A\">\r\n<value name=\"x\" type=\"int\">1</value>\r\n</group>\r\n"
+                  "<group name=\"B\">\r\n<value name=\"y\" type=\"str\">a &amp; b</value>\r\n</group>\r\n"
+                  "<!-- edited by hand -->\r\n"));
+    CXmlConfigStorage s(kFile);
+    ASSERT_EQ(s.GetNumberOfGroups(), 2u);
+    EXPECT_EQ(s.GetGroup(L"A").GetNumberOfValues(), 1u);
+    // Content is taken as it stands: the entity is not resolved.
+    EXPECT_EQ(s.GetGroup(L"B").GetStringValue(L"y"), L"a &amp; b");
+}
+
+TEST_F(XmlSettingsTest, DeeplyNestedGroupsStopAtTheDepthLimit) {
+    std::string body;
+    for (int i = 0; i < 300; ++i) body += "<group name=\"g\">\r\n";
+    body += "<value name=\"deep\" type=\"int\">1</value>\r\n";
+    for (int i = 0; i < 300; ++i) body += "</group>\r\n";
+    WriteText(Doc(body));
+    CXmlConfigStorage s(kFile);
+    int depth = 0;
+    for (CConfigGroup* g = &s.GetGroup(0u); g->GetNumberOfGroups() > 0; g = &g->GetGroup(0u)) ++depth;
+    EXPECT_EQ(depth + 1, 200);
+}
