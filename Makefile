@@ -5,7 +5,7 @@ JOBS        ?= $(shell nproc)
 FUZZ_SECONDS ?= 30
 CMAKE_FLAGS ?=
 
-.PHONY: all run test sanitize bench fuzz deps configure build clean
+.PHONY: all run test sanitize tsan bench fuzz deps configure build clean
 
 all: build
 
@@ -34,6 +34,18 @@ sanitize: deps
 	cd build-sanitize && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
 	    ctest --output-on-failure -j $(JOBS)
 
+# The platform's threads, events, message queues and registry under ThreadSanitizer.
+TSAN_TESTS = test_platform_win32 test_platform_mfc
+tsan: deps
+	cmake -S . -B build-tsan -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKIV_WERROR=ON \
+	      -DKIV_BUILD_BENCH=OFF -DKIV_BUILD_TOOLS=OFF \
+	      -DCMAKE_CXX_FLAGS="-fsanitize=thread" -DCMAKE_C_FLAGS="-fsanitize=thread" \
+	      -DCMAKE_EXE_LINKER_FLAGS="-fsanitize=thread" -DCMAKE_SHARED_LINKER_FLAGS="-fsanitize=thread" \
+	      -DCMAKE_MODULE_LINKER_FLAGS="-fsanitize=thread"
+	cmake --build build-tsan -j $(JOBS) --target $(TSAN_TESTS)
+	@for t in $(TSAN_TESTS); do echo "== $$t"; \
+	    TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" build-tsan/tests/$$t || exit 1; done
+
 bench: deps
 	cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DKIV_BUILD_BENCH=ON -DKIV_BUILD_TESTS=OFF
 	cmake --build build-bench -j $(JOBS)
@@ -53,4 +65,4 @@ fuzz: deps
 	done
 
 clean:
-	rm -rf build build-sanitize build-bench build-fuzz
+	rm -rf build build-sanitize build-tsan build-bench build-fuzz

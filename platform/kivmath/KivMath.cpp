@@ -50,48 +50,38 @@ double DDDMMSS2Deg(double packed) {
     return sign * (deg + minutes / 60.0 + seconds / 3600.0);
 }
 
+TSexagesimal SplitDegrees(double magnitude, int packedDecimals) {
+    if (packedDecimals < 0) packedDecimals = 0;
+    if (packedDecimals > 13) packedDecimals = 13;
+    TSexagesimal out{};
+    out.degrees = std::floor(magnitude);
+    out.fractionDigits = packedDecimals > 4 ? packedDecimals - 4 : 0;
+    long long perSecond = 1;
+    for (int k = 0; k < out.fractionDigits; ++k) perSecond *= 10;
+    // The rounding quantum in units of 1/perSecond of a second.
+    static const long long kCoarseQuanta[] = {3600, 600, 60, 10};
+    const long long quantum = packedDecimals < 4 ? kCoarseQuanta[packedDecimals] : 1;
+    const long long full = 3600 * perSecond;
+    const double scaled = (magnitude - out.degrees) * 3600.0 * static_cast<double>(perSecond);
+    long long units = std::llround(scaled / static_cast<double>(quantum)) * quantum;
+    if (units >= full) {
+        out.degrees += 1.0;
+        units -= full;
+    }
+    const long long wholeSeconds = units / perSecond;
+    out.minutes = static_cast<int>(wholeSeconds / 60);
+    out.seconds = static_cast<int>(wholeSeconds % 60);
+    out.fraction = units % perSecond;
+    return out;
+}
+
 double Deg2DDDMMSS(double degrees, int decimals, bool normalize) {
     if (!std::isfinite(degrees)) return degrees;
     if (normalize) degrees = Wrap360(degrees);
     const double sign = degrees < 0 ? -1.0 : 1.0;
-    const double a = std::fabs(degrees);
-    if (decimals < 0) decimals = 0;
-    if (decimals > 12) decimals = 12;
-    // Round in the smallest unit the decimals reach (seconds, minutes or degrees), then
-    // split with integer arithmetic so every carry is exact.
-    double unitsPerDegree;
-    int fracDigits;
-    if (decimals >= 4) {
-        fracDigits = decimals - 4;
-        unitsPerDegree = 3600.0;
-    } else if (decimals >= 2) {
-        fracDigits = decimals - 2;
-        unitsPerDegree = 60.0;
-    } else {
-        fracDigits = decimals;
-        unitsPerDegree = 1.0;
-    }
-    const double scale = std::pow(10.0, fracDigits);
-    const double total = std::round(a * unitsPerDegree * scale);
-    if (total > 9.0e15) return sign * a;  // beyond exact integers: nothing left to round
-    const auto t = static_cast<long long>(total);
-    const auto perUnit = static_cast<long long>(scale);
-    long long deg, min = 0;
-    double sec = 0;
-    if (unitsPerDegree == 3600.0) {
-        const long long wholeSeconds = t / perUnit;
-        deg = wholeSeconds / 3600;
-        min = (wholeSeconds / 60) % 60;
-        sec = static_cast<double>(wholeSeconds % 60) + static_cast<double>(t % perUnit) / scale;
-        return sign * (static_cast<double>(deg) + static_cast<double>(min) / 100.0 + sec / 10000.0);
-    }
-    if (unitsPerDegree == 60.0) {
-        const long long wholeMinutes = t / perUnit;
-        deg = wholeMinutes / 60;
-        const double minutes = static_cast<double>(wholeMinutes % 60) + static_cast<double>(t % perUnit) / scale;
-        return sign * (static_cast<double>(deg) + minutes / 100.0);
-    }
-    return sign * (total / scale);
+    const TSexagesimal p = SplitDegrees(std::fabs(degrees), decimals > 12 ? 12 : decimals);
+    const double seconds = p.seconds + static_cast<double>(p.fraction) / std::pow(10.0, p.fractionDigits);
+    return sign * (p.degrees + p.minutes / 100.0 + seconds / 10000.0);
 }
 
 double HL2HR(double degrees) { return Wrap360(360.0 - degrees); }

@@ -30,6 +30,19 @@ double DDDMMSS2Deg(double packed);
 // it the sign is kept.
 double Deg2DDDMMSS(double degrees, int decimals, bool normalize);
 
+// The magnitude of an angle split for sexagesimal text, rounded once where the packed
+// form's `packedDecimals` (0 to 13) end: 0 at whole degrees, 1 at tens of minutes, 2 at
+// minutes, 3 at tens of seconds, 4 and more at the (packedDecimals - 4)th decimal of a
+// second. Carries are exact; the degrees stay a double, so any finite angle splits.
+struct TSexagesimal {
+    double degrees;
+    int minutes;
+    int seconds;
+    long long fraction;  // of a second, in units of 10^-fractionDigits
+    int fractionDigits;
+};
+TSexagesimal SplitDegrees(double magnitude, int packedDecimals);
+
 // Horizontal angles turning left and right, both in 0 <= a < 360.
 double HL2HR(double degrees);
 double HR2HL(double degrees);

@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/kivmath/KivMath.h"
+
 namespace kiv_formats {
 namespace {
 
@@ -201,7 +203,7 @@ bool StringToDegree(const wchar_t* text, double& degrees, const wchar_t** end) {
 CKivStringT DoubleToString(double value, int precision) {
     if (!std::isfinite(value)) return CKivStringT(L"#####");
     if (precision < 0) precision = 0;
-    if (precision > 30) precision = 30;
+    if (precision > kMaxPrecision) precision = kMaxPrecision;
     char buffer[400];  // the largest double in fixed notation with 30 decimals fits
     const auto [ptr, ec] = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, precision);
     if (ec != std::errc()) return CKivStringT(L"#####");
@@ -211,34 +213,25 @@ CKivStringT DoubleToString(double value, int precision) {
 CKivStringT DoubleToString(double value) { return DoubleToString(value, kDefaultPrecision); }
 
 CKivStringT DMSToString(double degrees, bool symbols, int precision) {
+    if (!std::isfinite(degrees)) return CKivStringT(L"#####");
     if (precision < 0) precision = 0;
     if (precision > 9) precision = 9;
-    const double scale = std::pow(10.0, precision);
-    const double scaledSeconds = std::round(std::fabs(degrees) * 3600.0 * scale);
-    if (!std::isfinite(scaledSeconds) || scaledSeconds > 9.0e15) return CKivStringT(L"#####");
-    const auto total = static_cast<long long>(scaledSeconds);
-    const auto perSecond = static_cast<long long>(scale);
-    const long long wholeSeconds = total / perSecond;
-    const long long fraction = total % perSecond;
-    const long long deg = wholeSeconds / 3600;
-    const long long min = (wholeSeconds / 60) % 60;
-    const long long sec = wholeSeconds % 60;
-
-    char buffer[64];
-    char* p = buffer;
-    if (degrees < 0 && total != 0) *p++ = '-';
-    p = std::to_chars(p, buffer + sizeof buffer, deg).ptr;
-    std::wstring out(buffer, p);
-    auto two = [](long long v) { return std::wstring{static_cast<wchar_t>(L'0' + v / 10), static_cast<wchar_t>(L'0' + v % 10)}; };
+    const TSexagesimal p = SplitDegrees(std::fabs(degrees), precision + 4);
+    char buffer[400];
+    char* end = buffer;
+    if (degrees < 0 && (p.degrees != 0 || p.minutes != 0 || p.seconds != 0 || p.fraction != 0)) *end++ = '-';
+    end = std::to_chars(end, buffer + sizeof buffer, p.degrees, std::chars_format::fixed, 0).ptr;
+    std::wstring out(buffer, end);
+    auto two = [](int v) { return std::wstring{static_cast<wchar_t>(L'0' + v / 10), static_cast<wchar_t>(L'0' + v % 10)}; };
     out += symbols ? L"\u00B0" : L" ";
-    out += two(min);
+    out += two(p.minutes);
     out += symbols ? L"'" : L" ";
-    out += two(sec);
+    out += two(p.seconds);
     if (precision > 0) {
-        out += L'.';
         std::wstring digits(static_cast<size_t>(precision), L'0');
-        long long f = fraction;
+        long long f = p.fraction;
         for (int k = precision - 1; k >= 0; --k, f /= 10) digits[static_cast<size_t>(k)] = static_cast<wchar_t>(L'0' + f % 10);
+        out += L'.';
         out += digits;
     }
     if (symbols) out += L'"';

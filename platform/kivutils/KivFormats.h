@@ -30,15 +30,18 @@ bool StringToDoubleView(std::wstring_view text, double& value);
 // nothing but blanks may follow. On false, degrees is left as it was.
 bool StringToDegree(const wchar_t* text, double& degrees, const wchar_t** end = nullptr);
 
-// The value in fixed notation with `precision` decimals (0 to 30), '.' as decimal point.
-// Infinities and NaN give "#####".
+// The most decimals DoubleToString writes; a larger precision writes this many.
+constexpr int kMaxPrecision = 30;
+
+// The value in fixed notation with `precision` decimals (0 to kMaxPrecision; a negative
+// precision writes none), '.' as decimal point. Infinities and NaN give "#####".
 CKivStringT DoubleToString(double value, int precision);
 CKivStringT DoubleToString(double value);
 
 // Decimal degrees as degrees, two-digit minutes and two-digit seconds with `precision`
 // decimals (0 to 9), rounded once at the last printed digit with the carries that follow
 // (59.99995" never prints as 60"). With symbols: -12°05'03.123"; without: -12 05 03.123.
-// Angles too large to print to a second give "#####".
+// Infinities and NaN give "#####".
 CKivStringT DMSToString(double degrees, bool symbols, int precision);
 
 // The text with every ',' replaced by '.'.

@@ -67,4 +67,6 @@ void WriteFileBytes(const std::string& hostPath, const std::string& bytes) {
 
 #include "platform/host/TextCodec.h"
 
-void PrintTo(const CKivStringT& text, std::ostream* os) { *os << '"' << kiv_text::ToUtf8(text.view()) << '"'; }
+std::ostream& operator<<(std::ostream& os, const CKivStringT& text) {
+    return os << '"' << kiv_text::ToUtf8(text.view()) << '"';
+}

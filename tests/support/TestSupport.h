@@ -63,4 +63,4 @@ void WriteFileBytes(const std::string& hostPath, const std::string& bytes);
 #include "platform/kivutils/KivString.h"
 
 // Lets GoogleTest print the family's strings in failure messages.
-void PrintTo(const CKivStringT& text, std::ostream* os);
+std::ostream& operator<<(std::ostream& os, const CKivStringT& text);

@@ -207,6 +207,10 @@ void SetDefaultCharType(FIELD_TYPE field, CHARACTOR_TYPE type) {
     if (field >= 0 && field < kFieldTypes) Globals().defaultCharTypes[field] = type;
 }
 
+void CtrlCharByFieldType(FIELD_TYPE field) {
+    if (field >= 0 && field < kFieldTypes) CtrlChar(Globals().defaultCharTypes[field]);
+}
+
 LastWindowPositions& GetLastWindowPositions() {
     GlobalSettings& g = Globals();
     if (!g.windowPositionsUsed) {

@@ -1,6 +1,8 @@
 // Base units to display units and back, through the factors of kivmath.
 #include "utils/units/UnitConvertEx.h"
 
+#include <algorithm>
+
 #include "platform/kivmath/KivMath.h"
 #include "platform/kivutils/KivLog.h"
 
@@ -94,7 +96,7 @@ double FromDegreesEx(double degrees, kiv_df::ANGLES units, int precision, bool f
         // The caller's precision counts decimals of a second; the packed number has four
         // more (minutes and whole seconds).
         case kiv_df::eDMS:
-        case kiv_df::eDMSPacked: return Deg2DDDMMSS(degrees, precision + 4, flag);
+        case kiv_df::eDMSPacked: return Deg2DDDMMSS(degrees, std::clamp(precision, -4, 9) + 4, flag);
         default: return UnsupportedUnit(__LINE__);
     }
 }

@@ -2,6 +2,7 @@
 // on the process locale; unit suffixes pass through Xlate so a language file may rename them.
 #include "utils/units/UnitText.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cwchar>
 #include <iterator>
@@ -32,14 +33,19 @@ const TypedSuffix kTypedSuffixes[] = {
 
 bool InShowableRange(double v) { return v >= -1e64 && v <= 1e64; }  // false for NaN
 
-// v with d decimals, never as a negative zero such as -0.000.
+// v as "%*.*lf" with width d + 1 and precision d writes it, never as a negative zero
+// such as -0.000. As with printf, a negative precision means six decimals and a negative
+// width left-justifies; digits beyond kMaxPrecision and padding beyond 64 are not written.
 CKivStringT PlainNumberText(double v, int d) {
     if (std::isnan(v)) v = 0;
-    if (d < 0) d = 0;
-    if (std::fabs(v) < 5.0 / std::pow(10.0, d + 1)) v = 0;
-    CKivStringT text = kiv_formats::DoubleToString(v, d);
-    // "%*.*lf" with width d + 1: the text is never narrower, but keep the width honest.
-    if (text.GetLength() < d + 1) text = CKivStringT(L' ', d + 1 - text.GetLength()) + text;
+    if (std::fabs(v) < 5.0 / std::pow(10.0, static_cast<double>(d) + 1.0)) v = 0;
+    CKivStringT text = kiv_formats::DoubleToString(v, d < 0 ? 6 : d);
+    const long long width = std::clamp(static_cast<long long>(d) + 1, -64LL, 64LL);
+    const long long pad = (width < 0 ? -width : width) - text.GetLength();
+    if (pad > 0) {
+        const CKivStringT blanks(L' ', static_cast<int>(pad));
+        text = width < 0 ? text + blanks : blanks + text;
+    }
     return text;
 }
 

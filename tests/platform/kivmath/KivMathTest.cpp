@@ -45,13 +45,23 @@ TEST(PackedSexagesimal, ReadsMinutesAndSecondsDigits) {
 }
 
 TEST(PackedSexagesimal, CarriesRoundedSecondsIntoMinutesAndDegrees) {
-    // 59.99995" rounds to 60.0000" at four decimals of a second: it must carry.
-    const double almost = 10.0 + 59.0 / 60.0 + 59.99995 / 3600.0;
+    // 59.99996" rounds to 60.0000" at four decimals of a second: it must carry.
+    const double almost = 10.0 + 59.0 / 60.0 + 59.99996 / 3600.0;
     EXPECT_NEAR(Deg2DDDMMSS(almost, 8, false), 11.0, 1e-12);
     EXPECT_NEAR(Deg2DDDMMSS(12.5, 7, false), 12.3, 1e-12);
     EXPECT_NEAR(Deg2DDDMMSS(-12.5, 7, false), -12.3, 1e-12);
     EXPECT_NEAR(Deg2DDDMMSS(-90.0, 7, true), 270.0, 1e-12);
     EXPECT_NEAR(Deg2DDDMMSS(1.0 + 1.0 / 3600.0 * 1.23456, 6, false), 1.000123, 1e-12);
+}
+
+TEST(PackedSexagesimal, FewDecimalsRoundAtTheirOwnDigit) {
+    const double a = 12 + 30 / 60.0 + 44 / 3600.0;  // 12°30'44"
+    EXPECT_NEAR(Deg2DDDMMSS(a, 4, false), 12.3044, 1e-12);
+    EXPECT_NEAR(Deg2DDDMMSS(a, 3, false), 12.304, 1e-12);  // tens of seconds
+    EXPECT_NEAR(Deg2DDDMMSS(a, 2, false), 12.31, 1e-12);   // minutes
+    EXPECT_NEAR(Deg2DDDMMSS(a, 1, false), 12.3, 1e-12);    // tens of minutes
+    EXPECT_NEAR(Deg2DDDMMSS(a, 0, false), 13.0, 1e-12);    // degrees
+    EXPECT_NEAR(Deg2DDDMMSS(30000.5, 12, false), 30000.3, 1e-9);
 }
 
 TEST(PackedSexagesimal, RoundTripsThroughTheReader) {

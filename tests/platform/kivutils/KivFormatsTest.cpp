@@ -120,10 +120,11 @@ TEST(SexagesimalText, StopsAtTheEndPointerWhenAsked) {
 
 TEST(SexagesimalText, WritesWithCarriesAndNoNegativeZero) {
     EXPECT_EQ(DMSToString(12 + 5 / 60.0 + 3.123 / 3600.0, true, 3), L"12°05'03.123\"");
-    EXPECT_EQ(DMSToString(10 + 59 / 60.0 + 59.99995 / 3600.0, true, 4), L"11°00'00.0000\"");
+    EXPECT_EQ(DMSToString(10 + 59 / 60.0 + 59.99996 / 3600.0, true, 4), L"11°00'00.0000\"");
     EXPECT_EQ(DMSToString(-0.00000001, true, 2), L"0°00'00.00\"");
     EXPECT_EQ(DMSToString(-12.5, false, 0), L"-12 30 00");
-    EXPECT_EQ(DMSToString(1e300, true, 3), L"#####");
+    EXPECT_EQ(DMSToString(3000.5, true, 9), L"3000°30'00.000000000\"");
+    EXPECT_EQ(DMSToString(NAN, true, 3), L"#####");
 }
 
 TEST(SexagesimalText, RoundTripsToThePrintedPrecision) {

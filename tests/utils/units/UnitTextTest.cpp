@@ -46,6 +46,22 @@ TEST(DistanceText, YardsAreLoggedButStillFormatted) {
     EXPECT_EQ(logs.count(), 2u);  // once by the conversion, once by the text
 }
 
+TEST(DistanceText, NegativeUnitsAreLoggedButStillFormatted) {
+    kiv_test::LogCapture logs;
+    UNITS u = static_cast<UNITS>(-1);
+    EXPECT_EQ(FromMetersStrEx(5.0, eDecDigits2, u, false), L"1.00");
+    EXPECT_EQ(logs.count(), 2u);
+}
+
+TEST(DistanceText, DigitCountsBeyondTheEnumerationBehaveAsPrintf) {
+    UNITS u = eMeters;
+    EXPECT_EQ(FromMetersStrEx(1.5, static_cast<EKivDecimalDigits>(-1), u, false), L"0.000000");  // |v| < 5
+    EXPECT_EQ(FromMetersStrEx(7.5, static_cast<EKivDecimalDigits>(-1), u, false), L"7.500000");
+    EXPECT_EQ(FromMetersStrEx(7.5e12, static_cast<EKivDecimalDigits>(-12), u, false), L"7500000000000.000000");
+    EXPECT_EQ(FromMetersStrEx(7.5, static_cast<EKivDecimalDigits>(-12), u, false), L"0.000000   ");
+    EXPECT_EQ(FromMetersStrEx(1.5, static_cast<EKivDecimalDigits>(2147483647), u, false).GetLength(), 64);
+}
+
 TEST(DistanceText, IsIdenticalUnderACommaDecimalLocale) {
     UNITS u = eUSFeet;
     const CKivStringT before = FromMetersStrEx(12.3456, eDecDigits3, u, true);
@@ -117,6 +133,8 @@ TEST(TypedLength, ConvertsTheTypedUnitIntoTheCurrentUnit) {
     EXPECT_DOUBLE_EQ(v, 5 + 6.375 / 12);
     EXPECT_TRUE(StringToLinearValEx(L"3m", v, eIntlFeetInches));
     EXPECT_DOUBLE_EQ(v, 3 / 0.3048);
+    EXPECT_TRUE(StringToLinearValEx(L"5.6fti", v, eMeters));  // typed feet and inches
+    EXPECT_DOUBLE_EQ(v, 5.5 * 1200.0 / 3937.0);
     EXPECT_FALSE(StringToLinearValEx(L"5ich", v, eMeters));  // the stray "i" spoils the number
     EXPECT_FALSE(StringToLinearValEx(L"", v, eMeters));
     EXPECT_FALSE(StringToLinearValEx(L"abc", v, eMeters));
@@ -158,9 +176,8 @@ TEST(AngleText, ReadsByUnitWithTurningAndLevel) {
     EXPECT_DOUBLE_EQ(d, 270.0);
     EXPECT_TRUE(ToDegreesVAExStr(L"100", d, eGrads, true));
     EXPECT_DOUBLE_EQ(d, 0.0);
-    d = 5;
-    EXPECT_FALSE(ToDegreesHAExStr(L"x", d, eGrads, true));
-    EXPECT_DOUBLE_EQ(d, 0.0);  // the failed number is stored untouched by the turning
+    EXPECT_FALSE(ToDegreesVAExStr(L"x", d, eGrads, true));
+    EXPECT_NE(d, 90.0);  // a failed reading is not turned into a zenith angle
 }
 
 TEST(GradText, SwitchesScaleAtFourDigits) {

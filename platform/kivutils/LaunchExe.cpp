@@ -1,0 +1,74 @@
+// LaunchExe over posix_spawn: no shell is involved, so the argument text reaches the
+// program exactly as the device shell would have split it.
+#include "platform/kivutils/LaunchExe.h"
+
+#include <spawn.h>
+#include <sys/wait.h>
+
+#include <cerrno>
+
+#include "platform/host/Host.h"
+#include "platform/host/TextCodec.h"
+
+extern char** environ;
+
+namespace kiv_launch {
+
+std::vector<std::wstring> SplitArguments(const wchar_t* arguments) {
+    std::vector<std::wstring> out;
+    if (!arguments) return out;
+    std::wstring current;
+    bool inArgument = false, quoted = false;
+    for (const wchar_t* p = arguments; *p;) {
+        if (!quoted && (*p == L' ' || *p == L'\t')) {
+            if (inArgument) out.push_back(std::move(current));
+            current.clear();
+            inArgument = false;
+            ++p;
+            continue;
+        }
+        inArgument = true;
+        if (*p == L'\\') {
+            size_t slashes = 0;
+            while (*p == L'\\') ++slashes, ++p;
+            if (*p == L'"') {
+                current.append(slashes / 2, L'\\');
+                if (slashes % 2) {
+                    current += L'"';
+                    ++p;
+                }
+            } else {
+                current.append(slashes, L'\\');
+            }
+        } else if (*p == L'"') {
+            quoted = !quoted;
+            ++p;
+        } else {
+            current += *p++;
+        }
+    }
+    if (inArgument) out.push_back(std::move(current));
+    return out;
+}
+
+}  // namespace kiv_launch
+
+bool LaunchExe(const wchar_t* program, const wchar_t* arguments, unsigned long& result) {
+    if (!program || !*program) return false;
+    const std::string path = kiv_host::ToHostPath(program);
+    std::vector<std::string> words{path};
+    for (const auto& a : kiv_launch::SplitArguments(arguments)) words.push_back(kiv_text::ToUtf8(a));
+    std::vector<char*> argv;
+    for (auto& w : words) argv.push_back(w.data());
+    argv.push_back(nullptr);
+
+    pid_t child = 0;
+    if (::posix_spawn(&child, path.c_str(), nullptr, nullptr, argv.data(), environ) != 0) return false;
+    int status = 0;
+    while (::waitpid(child, &status, 0) < 0) {
+        if (errno != EINTR) return true;  // started; its end could not be observed
+    }
+    result = WIFEXITED(status) ? static_cast<unsigned long>(WEXITSTATUS(status))
+                               : 128ul + static_cast<unsigned long>(WTERMSIG(status));
+    return true;
+}

@@ -1,0 +1,105 @@
+// CWinThread, AfxBeginThread and the MFC synchronisation classes.
+#include <gtest/gtest.h>
+
+#include <atomic>
+
+#include "platform/mfc/SyncObjects.h"
+#include "platform/mfc/WinThread.h"
+#include "tests/support/TestSupport.h"
+
+namespace {
+
+struct Shared {
+    CCriticalSection lock;
+    CEvent done{FALSE, TRUE};
+    long value = 0;
+};
+
+UINT AddUnderLock(LPVOID parameter) {
+    auto* s = static_cast<Shared*>(parameter);
+    for (int i = 0; i < 5000; ++i) {
+        CSingleLock guard(&s->lock, TRUE);
+        ++s->value;
+    }
+    return 11;
+}
+
+UINT SignalAndReturn(LPVOID parameter) {
+    static_cast<Shared*>(parameter)->done.SetEvent();
+    return 0;
+}
+
+UINT EndEarly(LPVOID) {
+    AfxEndThread(9, FALSE);
+    return 1;  // never reached
+}
+
+UINT SleepLong(LPVOID) {
+    Sleep(INFINITE);
+    return 0;
+}
+
+}  // namespace
+
+TEST(WinThread, BeginThreadWithTheDeviceStackAndPriorityRunsAndEndsWithItsCode) {
+    Shared s;
+    CWinThread* thread = AfxBeginThread(AddUnderLock, &s, THREAD_PRIORITY_ABOVE_NORMAL, 32767, CREATE_SUSPENDED);
+    ASSERT_NE(thread, nullptr);
+    thread->m_bAutoDelete = FALSE;
+    EXPECT_EQ(thread->GetThreadPriority(), THREAD_PRIORITY_ABOVE_NORMAL);
+    thread->ResumeThread();
+    AddUnderLock(&s);
+    ASSERT_EQ(WaitForSingleObject(thread->m_hThread, INFINITE), WAIT_OBJECT_0);
+    DWORD code = 0;
+    GetExitCodeThread(*thread, &code);
+    EXPECT_EQ(code, 11u);
+    EXPECT_EQ(s.value, 10000);
+    delete thread;
+}
+
+TEST(WinThread, AutoDeletedThreadSignalsThroughCEvent) {
+    Shared s;
+    ASSERT_NE(AfxBeginThread(SignalAndReturn, &s), nullptr);
+    CSingleLock wait(&s.done);
+    EXPECT_TRUE(wait.Lock(INFINITE));
+    EXPECT_TRUE(wait.IsLocked());
+}
+
+TEST(WinThread, EndThreadKeepsTheObjectWhenAskedAndReportsTheCode) {
+    CWinThread* thread = AfxBeginThread(EndEarly, nullptr);
+    ASSERT_NE(thread, nullptr);
+    HANDLE handle = thread->m_hThread;
+    ASSERT_EQ(WaitForSingleObject(handle, INFINITE), WAIT_OBJECT_0);
+    DWORD code = 0;
+    GetExitCodeThread(handle, &code);
+    EXPECT_EQ(code, 9u);
+    EXPECT_FALSE(thread->m_bAutoDelete);
+    delete thread;
+}
+
+TEST(WinThread, TerminatedThreadEndsWithTheGivenCode) {
+    CWinThread* thread = AfxBeginThread(SleepLong, nullptr);
+    ASSERT_NE(thread, nullptr);
+    HANDLE watch = thread->m_hThread;
+    thread->m_bAutoDelete = FALSE;
+    EXPECT_TRUE(TerminateThread(watch, static_cast<DWORD>(-1)));
+    ASSERT_EQ(WaitForSingleObject(watch, INFINITE), WAIT_OBJECT_0);
+    DWORD code = 0;
+    GetExitCodeThread(watch, &code);
+    EXPECT_EQ(code, static_cast<DWORD>(-1));
+    delete thread;
+}
+
+TEST(SingleLock, ReleasesOnScopeEndAndTimesOutOnAnUnsignalledEvent) {
+    CEvent e(FALSE, FALSE);
+    {
+        CSingleLock lock(&e);
+        EXPECT_FALSE(lock.Lock(5));
+        EXPECT_FALSE(lock.IsLocked());
+    }
+    e.SetEvent();
+    CSingleLock lock(&e, TRUE);
+    EXPECT_TRUE(lock.IsLocked());
+    EXPECT_TRUE(lock.Unlock());
+    EXPECT_FALSE(lock.IsLocked());
+}

@@ -1,0 +1,74 @@
+// Modules through LoadLibraryW, GetProcAddressW and FreeLibrary: one registered in
+// process and a real shared object built beside the tests.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "platform/win32/Win32.h"
+#include "tests/support/TestSupport.h"
+
+namespace {
+
+using SetPower = int (*)(int);
+using GetPower = int (*)();
+
+int registeredState = 0;
+int SetRegistered(int on) {
+    registeredState = on;
+    return 1;
+}
+int GetRegistered() { return registeredState; }
+
+class Modules : public ::testing::Test {
+protected:
+    kiv_test::TempDeviceRoot root;
+    void SetUp() override { ::setenv("KIV_MODULE_PATH", KIV_TEST_MODULE_DIR, 1); }
+    void TearDown() override { ::unsetenv("KIV_MODULE_PATH"); }
+};
+
+}  // namespace
+
+TEST_F(Modules, RegisteredModuleIsFoundByNameWithoutRegardToCase) {
+    kiv_host::RegisterModule(L"MirelLib.dll", {{"Mirel_SetSSPowerState", reinterpret_cast<void*>(&SetRegistered)},
+                                               {"Mirel_GetSSPowerState", reinterpret_cast<void*>(&GetRegistered)}});
+    HMODULE module = LoadLibraryW(L"\\Windows\\MIRELLIB.DLL");
+    ASSERT_NE(module, nullptr);
+    auto set = reinterpret_cast<SetPower>(GetProcAddressW(module, L"Mirel_SetSSPowerState"));
+    auto get = reinterpret_cast<GetPower>(GetProcAddressW(module, L"Mirel_GetSSPowerState"));
+    ASSERT_NE(set, nullptr);
+    ASSERT_NE(get, nullptr);
+    set(1);
+    EXPECT_EQ(get(), 1);
+    EXPECT_EQ(GetProcAddressW(module, L"Mirel_SetSSInit"), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_PROC_NOT_FOUND);
+    EXPECT_EQ(GetProcAddressW(module, L"mirel_getsspowerstate"), nullptr);  // exports are exact
+    EXPECT_TRUE(FreeLibrary(module));
+}
+
+TEST_F(Modules, SharedObjectIsLoadedByItsDeviceNameAndCounted) {
+    HMODULE first = LoadLibraryW(L"KivTestRadio.dll");
+    ASSERT_NE(first, nullptr);
+    HMODULE second = LoadLibraryW(L"kivtestradio");
+    EXPECT_EQ(second, first);
+    auto set = reinterpret_cast<SetPower>(GetProcAddressW(first, L"Mirel_SetSSPowerState"));
+    auto get = reinterpret_cast<GetPower>(GetProcAddressW(first, L"Mirel_GetSSPowerState"));
+    ASSERT_NE(set, nullptr);
+    ASSERT_NE(get, nullptr);
+    EXPECT_EQ(set(1), 1);
+    EXPECT_EQ(get(), 1);
+    EXPECT_EQ(GetProcAddress(first, "Mirel_SetSSInit"), nullptr);
+    EXPECT_TRUE(FreeLibrary(first));
+    EXPECT_NE(GetProcAddressW(second, L"Mirel_GetSSPowerState"), nullptr);  // one load left
+    EXPECT_TRUE(FreeLibrary(second));
+    EXPECT_FALSE(FreeLibrary(second));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+}
+
+TEST_F(Modules, MissingModuleFailsAndResetForgetsRegistrations) {
+    EXPECT_EQ(LoadLibraryW(L"NoSuchLib.dll"), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_MOD_NOT_FOUND);
+    kiv_host::RegisterModule(L"Gone", {});
+    EXPECT_NE(LoadLibraryW(L"gone.dll"), nullptr);
+    kiv_host::ResetForTesting();
+    EXPECT_EQ(LoadLibraryW(L"gone.dll"), nullptr);
+}

@@ -1,0 +1,277 @@
+// Events, threads, critical sections and time, driven through their Win32 functions.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+
+#include "platform/win32/Win32.h"
+#include "tests/support/TestSupport.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+class Sync : public ::testing::Test {
+protected:
+    kiv_test::TempDeviceRoot root;
+};
+
+struct Handshake {
+    const wchar_t* requestName;
+    const wchar_t* answerName;
+    std::atomic<int> seen{0};
+};
+
+DWORD WINAPI AnswerRequests(LPVOID parameter) {
+    auto* h = static_cast<Handshake*>(parameter);
+    HANDLE request = OpenEventW(SYNCHRONIZE, FALSE, h->requestName);
+    HANDLE answer = CreateEventW(nullptr, FALSE, FALSE, h->answerName);
+    if (!request || !answer) return 1;
+    for (int i = 0; i < 3; ++i) {
+        if (WaitForSingleObject(request, INFINITE) != WAIT_OBJECT_0) return 2;
+        ++h->seen;
+        SetEvent(answer);
+    }
+    CloseHandle(request);
+    CloseHandle(answer);
+    return 0;
+}
+
+DWORD WINAPI SleepForever(LPVOID parameter) {
+    static_cast<std::atomic<bool>*>(parameter)->store(true);
+    Sleep(INFINITE);
+    return 7;  // never reached: the thread is terminated while it sleeps
+}
+
+DWORD WINAPI ReturnParameter(LPVOID parameter) { return static_cast<DWORD>(reinterpret_cast<uintptr_t>(parameter)); }
+
+DWORD WINAPI WaitOnEvent(LPVOID parameter) {
+    return WaitForSingleObject(static_cast<HANDLE>(parameter), INFINITE) == WAIT_OBJECT_0 ? 1 : 0;
+}
+
+struct Counter {
+    CRITICAL_SECTION section;
+    long value = 0;
+};
+
+DWORD WINAPI CountUnderLock(LPVOID parameter) {
+    auto* c = static_cast<Counter*>(parameter);
+    for (int i = 0; i < 10000; ++i) {
+        EnterCriticalSection(&c->section);
+        EnterCriticalSection(&c->section);  // the owner may enter again
+        ++c->value;
+        LeaveCriticalSection(&c->section);
+        LeaveCriticalSection(&c->section);
+    }
+    return 0;
+}
+
+}  // namespace
+
+// ---- named events ----------------------------------------------------------------------
+
+TEST_F(Sync, SecondCreateOfANameReturnsTheSameEventAndAlreadyExists) {
+    HANDLE first = CreateEventW(nullptr, TRUE, FALSE, L"Tic Timer Started");
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
+    HANDLE second = CreateEventW(nullptr, FALSE, TRUE, L"Tic Timer Started");
+    ASSERT_NE(second, nullptr);
+    EXPECT_NE(second, first);
+    EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
+    // The first creation's reset mode and state hold: not signalled, manual reset.
+    EXPECT_EQ(WaitForSingleObject(second, 0), WAIT_TIMEOUT);
+    SetEvent(first);
+    EXPECT_EQ(WaitForSingleObject(second, 0), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(second, 0), WAIT_OBJECT_0);
+    CloseHandle(first);
+    CloseHandle(second);
+}
+
+TEST_F(Sync, NameIsForgottenWhenItsLastHandleCloses) {
+    HANDLE e = CreateEventW(nullptr, TRUE, TRUE, L"Tic Timer Stopped");
+    HANDLE opened = OpenEventW(SYNCHRONIZE, FALSE, L"Tic Timer Stopped");
+    ASSERT_NE(opened, nullptr);
+    CloseHandle(e);
+    EXPECT_EQ(WaitForSingleObject(opened, 0), WAIT_OBJECT_0);  // still held by the opened handle
+    CloseHandle(opened);
+    EXPECT_EQ(OpenEventW(SYNCHRONIZE, FALSE, L"Tic Timer Stopped"), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
+}
+
+TEST_F(Sync, NamedEventHandshakeBetweenTwoThreads) {
+    Handshake h{L"Request", L"Answer"};
+    HANDLE request = CreateEventW(nullptr, FALSE, FALSE, h.requestName);
+    HANDLE answer = CreateEventW(nullptr, FALSE, FALSE, h.answerName);
+    HANDLE thread = CreateThread(nullptr, 0, AnswerRequests, &h, 0, nullptr);
+    ASSERT_NE(thread, nullptr);
+    for (int i = 1; i <= 3; ++i) {
+        ASSERT_TRUE(EventModify(request, EVENT_SET));
+        ASSERT_EQ(WaitForSingleObject(answer, INFINITE), WAIT_OBJECT_0);
+        EXPECT_EQ(h.seen.load(), i);
+    }
+    ASSERT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
+    DWORD code = 99;
+    ASSERT_TRUE(GetExitCodeThread(thread, &code));
+    EXPECT_EQ(code, 0u);
+    CloseHandle(thread);
+    CloseHandle(request);
+    CloseHandle(answer);
+}
+
+TEST_F(Sync, ResetForTestingForgetsNames) {
+    HANDLE e = CreateEventW(nullptr, TRUE, FALSE, L"Kept");
+    kiv_host::ResetForTesting();
+    HANDLE fresh = CreateEventW(nullptr, TRUE, TRUE, L"Kept");
+    EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
+    EXPECT_EQ(WaitForSingleObject(e, 0), WAIT_TIMEOUT);  // the old handle still works, on its own event
+    EXPECT_EQ(WaitForSingleObject(fresh, 0), WAIT_OBJECT_0);
+    CloseHandle(e);
+    CloseHandle(fresh);
+}
+
+// ---- event states --------------------------------------------------------------------------
+
+TEST_F(Sync, AutoResetEventReleasesOneWaitAndResets) {
+    HANDLE e = CreateEventW(nullptr, FALSE, TRUE, nullptr);
+    EXPECT_EQ(WaitForSingleObject(e, 0), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(e, 0), WAIT_TIMEOUT);
+    EXPECT_TRUE(EventModify(e, EVENT_SET));
+    EXPECT_TRUE(EventModify(e, EVENT_RESET));
+    EXPECT_EQ(WaitForSingleObject(e, 0), WAIT_TIMEOUT);
+    CloseHandle(e);
+}
+
+TEST_F(Sync, PulseWithoutWaitersLeavesEventNonSignalled) {
+    HANDLE manual = CreateEventW(nullptr, TRUE, TRUE, nullptr);
+    HANDLE automatic = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    EXPECT_TRUE(EventModify(manual, EVENT_PULSE));
+    EXPECT_TRUE(EventModify(automatic, EVENT_PULSE));
+    EXPECT_EQ(WaitForSingleObject(manual, 0), WAIT_TIMEOUT);
+    EXPECT_EQ(WaitForSingleObject(automatic, 0), WAIT_TIMEOUT);
+    CloseHandle(manual);
+    CloseHandle(automatic);
+}
+
+TEST_F(Sync, PulseReleasesAThreadThatIsWaiting) {
+    HANDLE e = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    HANDLE thread = CreateThread(nullptr, 0, WaitOnEvent, e, 0, nullptr);
+    // Pulse until the waiter has been caught waiting; a pulse before it waits is lost.
+    while (WaitForSingleObject(thread, 0) == WAIT_TIMEOUT) {
+        EventModify(e, EVENT_PULSE);
+        Sleep(1);
+    }
+    DWORD code = 0;
+    GetExitCodeThread(thread, &code);
+    EXPECT_EQ(code, 1u);
+    EXPECT_EQ(WaitForSingleObject(e, 0), WAIT_TIMEOUT);
+    CloseHandle(thread);
+    CloseHandle(e);
+}
+
+TEST_F(Sync, WaitTimesOutNeverBeforeItsRequestHasPassed) {
+    HANDLE e = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    for (DWORD ms : {1u, 20u, 60u}) {
+        const auto start = Clock::now();
+        EXPECT_EQ(WaitForSingleObject(e, ms), WAIT_TIMEOUT);
+        EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(ms));
+    }
+    CloseHandle(e);
+}
+
+TEST_F(Sync, BadHandlesFailCleanly) {
+    HANDLE e = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    CloseHandle(e);
+    EXPECT_EQ(WaitForSingleObject(e, 0), WAIT_FAILED);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+    EXPECT_FALSE(SetEvent(e));
+    EXPECT_FALSE(CloseHandle(e));
+    HANDLE live = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    EXPECT_FALSE(EventModify(live, 42));
+    EXPECT_FALSE(TerminateThread(live, 0));  // an event is not a thread
+    CloseHandle(live);
+}
+
+// ---- threads ------------------------------------------------------------------------------------
+
+TEST_F(Sync, WaitOnThreadHandleReturnsWhenItEndsWithItsExitCode) {
+    DWORD id = 0;
+    HANDLE thread = CreateThread(nullptr, 0, ReturnParameter, reinterpret_cast<LPVOID>(uintptr_t{42}), 0, &id);
+    ASSERT_NE(thread, nullptr);
+    EXPECT_NE(id, 0u);
+    EXPECT_NE(id, GetCurrentThreadId());
+    EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(thread, 0), WAIT_OBJECT_0);  // stays signalled
+    DWORD code = 0;
+    EXPECT_TRUE(GetExitCodeThread(thread, &code));
+    EXPECT_EQ(code, 42u);
+    EXPECT_TRUE(CloseHandle(thread));
+}
+
+TEST_F(Sync, SuspendedThreadRunsOnlyAfterResume) {
+    HANDLE thread = CreateThread(nullptr, 1000, ReturnParameter, reinterpret_cast<LPVOID>(uintptr_t{5}),
+                                 CREATE_SUSPENDED, nullptr);
+    EXPECT_EQ(WaitForSingleObject(thread, 30), WAIT_TIMEOUT);
+    DWORD code = 0;
+    GetExitCodeThread(thread, &code);
+    EXPECT_EQ(code, STILL_ACTIVE);
+    EXPECT_TRUE(SetThreadPriority(thread, THREAD_PRIORITY_ABOVE_NORMAL));
+    EXPECT_EQ(GetThreadPriority(thread), THREAD_PRIORITY_ABOVE_NORMAL);
+    EXPECT_EQ(ResumeThread(thread), 1u);
+    EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
+    GetExitCodeThread(thread, &code);
+    EXPECT_EQ(code, 5u);
+    CloseHandle(thread);
+}
+
+TEST_F(Sync, ThreadTerminatedWhileSleepingEndsWithTheGivenCode) {
+    std::atomic<bool> started{false};
+    HANDLE thread = CreateThread(nullptr, 32767, SleepForever, &started, 0, nullptr);
+    while (!started) Sleep(1);
+    Sleep(10);  // most likely asleep by now; a terminate before the sleep works as well
+    DWORD code = 0;
+    GetExitCodeThread(thread, &code);
+    EXPECT_EQ(code, STILL_ACTIVE);
+    EXPECT_TRUE(TerminateThread(thread, static_cast<DWORD>(-1)));
+    EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
+    GetExitCodeThread(thread, &code);
+    EXPECT_EQ(code, static_cast<DWORD>(-1));
+    CloseHandle(thread);
+}
+
+TEST_F(Sync, ThreadTerminatedWhileWaitingOnAnEventEnds) {
+    HANDLE never = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    HANDLE thread = CreateThread(nullptr, 0, WaitOnEvent, never, 0, nullptr);
+    Sleep(10);
+    TerminateThread(thread, 3);
+    EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
+    DWORD code = 0;
+    GetExitCodeThread(thread, &code);
+    EXPECT_EQ(code, 3u);
+    CloseHandle(thread);
+    CloseHandle(never);
+}
+
+TEST_F(Sync, CriticalSectionSerialisesThreads) {
+    Counter c;
+    InitializeCriticalSection(&c.section);
+    HANDLE a = CreateThread(nullptr, 0, CountUnderLock, &c, 0, nullptr);
+    HANDLE b = CreateThread(nullptr, 0, CountUnderLock, &c, 0, nullptr);
+    WaitForSingleObject(a, INFINITE);
+    WaitForSingleObject(b, INFINITE);
+    EXPECT_EQ(c.value, 20000);
+    EXPECT_TRUE(TryEnterCriticalSection(&c.section));
+    LeaveCriticalSection(&c.section);
+    DeleteCriticalSection(&c.section);
+    CloseHandle(a);
+    CloseHandle(b);
+}
+
+// ---- time --------------------------------------------------------------------------------------------
+
+TEST_F(Sync, SleepLastsAtLeastItsRequestAndTickCountFollows) {
+    const DWORD before = GetTickCount();
+    const auto start = Clock::now();
+    Sleep(25);
+    EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(25));
+    EXPECT_GE(static_cast<DWORD>(GetTickCount() - before), 24u);  // tick boundaries may shave one
+}

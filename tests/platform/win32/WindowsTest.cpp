@@ -1,0 +1,365 @@
+// Windows, classes and message queues through their Win32 functions, on one thread and
+// between threads.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+#include "platform/win32/Win32.h"
+#include "tests/support/TestSupport.h"
+
+namespace {
+
+// What the recording procedure saw, in order. Touched by one thread at a time per test
+// except where a test says otherwise, so it carries its own lock.
+struct Seen {
+    std::mutex lock;
+    std::vector<std::pair<HWND, UINT>> messages;
+    std::vector<WPARAM> arguments;
+    void Add(HWND h, UINT m, WPARAM w) {
+        std::lock_guard g(lock);
+        messages.emplace_back(h, m);
+        arguments.push_back(w);
+    }
+    size_t Count(UINT m) {
+        std::lock_guard g(lock);
+        size_t n = 0;
+        for (auto& [h, message] : messages) n += message == m;
+        return n;
+    }
+};
+Seen seen;
+
+LRESULT CALLBACK Recording(HWND h, UINT m, WPARAM w, LPARAM l) {
+    seen.Add(h, m, w);
+    if (m == WM_CREATE && l) {
+        const auto* create = reinterpret_cast<const CREATESTRUCTW*>(l);
+        if (create->lpCreateParams == reinterpret_cast<LPVOID>(-1)) return -1;  // refuses to be created
+    }
+    if (m == WM_COMMAND && LOWORD(w) == 7) return 1;  // the soft keyboard's alpha state: on
+    return DefWindowProcW(h, m, w, l);
+}
+
+class Windows : public ::testing::Test {
+protected:
+    kiv_test::TempDeviceRoot root;
+
+    void SetUp() override {
+        {
+            std::lock_guard g(seen.lock);
+            seen.messages.clear();
+            seen.arguments.clear();
+        }
+        for (const wchar_t* name : {L"Recording", L"Keybord Window"}) {
+            WNDCLASSW c{};
+            c.lpfnWndProc = Recording;
+            c.lpszClassName = name;
+            c.cbWndExtra = 12;
+            ASSERT_NE(RegisterClassW(&c), 0);
+        }
+    }
+    static HWND Make(const wchar_t* title, DWORD style = WS_VISIBLE, HWND parent = nullptr, int id = 0,
+                     LPVOID parameter = nullptr) {
+        return CreateWindowExW(0, L"recording", title, style, 10, 20, 100, 50, parent,
+                               reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), nullptr, parameter);
+    }
+    static std::vector<MSG> Drain() {
+        std::vector<MSG> all;
+        MSG m;
+        while (PeekMessageW(&m, nullptr, 0, 0, PM_REMOVE)) all.push_back(m);
+        return all;
+    }
+};
+
+}  // namespace
+
+// ---- classes and window tree -----------------------------------------------------------------
+
+TEST_F(Windows, CreationSendsNcCreateAndCreateAndKeepsParentIdAndText) {
+    WNDCLASSW again{};
+    again.lpfnWndProc = Recording;
+    again.lpszClassName = L"RECORDING";
+    EXPECT_EQ(RegisterClassW(&again), 0);
+    EXPECT_EQ(GetLastError(), ERROR_CLASS_ALREADY_EXISTS);
+
+    HWND dialog = Make(L"Dialog");
+    ASSERT_NE(dialog, nullptr);
+    HWND ok = Make(L"OK", WS_CHILD | WS_VISIBLE, dialog, 1);
+    ASSERT_NE(ok, nullptr);
+    EXPECT_EQ(seen.messages[0], std::make_pair(dialog, WM_NCCREATE));
+    EXPECT_EQ(seen.messages[1], std::make_pair(dialog, WM_CREATE));
+    EXPECT_EQ(GetParent(ok), dialog);
+    EXPECT_EQ(GetParent(dialog), nullptr);
+    EXPECT_EQ(GetDlgItem(dialog, 1), ok);
+    EXPECT_EQ(GetDlgItem(dialog, 2), nullptr);
+    EXPECT_EQ(GetDlgCtrlID(ok), 1);
+    wchar_t text[8];
+    EXPECT_EQ(GetWindowTextW(ok, text, 8), 2);
+    EXPECT_STREQ(text, L"OK");
+    EXPECT_TRUE(SetWindowTextW(ok, L"Accept all"));
+    EXPECT_EQ(GetWindowTextLengthW(ok), 10);
+    EXPECT_EQ(GetWindowTextW(ok, text, 8), 7);  // cut to the buffer
+    EXPECT_STREQ(text, L"Accept ");
+
+    EXPECT_EQ(CreateWindowExW(0, L"NoSuchClass", L"", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_CLASS_DOES_NOT_EXIST);
+    EXPECT_EQ(Make(L"child without parent", WS_CHILD), nullptr);
+    EXPECT_EQ(Make(L"refuses", 0, nullptr, 0, reinterpret_cast<LPVOID>(-1)), nullptr);
+    EXPECT_EQ(FindWindowW(nullptr, L"refuses"), nullptr);
+}
+
+TEST_F(Windows, WindowTreeIsDestroyedWithItsChildren) {
+    HWND dialog = Make(L"Dialog");
+    HWND group = Make(L"Group", WS_CHILD, dialog, 10);
+    HWND edit = Make(L"Edit", WS_CHILD, group, 11);
+    HWND button = Make(L"Button", WS_CHILD, dialog, 12);
+    HWND popup = Make(L"Owned popup", WS_POPUP, dialog);
+    PostMessageW(edit, WM_USER, 0, 0);
+    PostMessageW(dialog, WM_USER, 1, 0);
+    SetFocus(edit);
+    {
+        std::lock_guard g(seen.lock);
+        seen.messages.clear();
+    }
+    ASSERT_TRUE(DestroyWindow(dialog));
+
+    std::vector<std::pair<HWND, UINT>> expected = {
+        {dialog, WM_DESTROY}, {group, WM_DESTROY},  {edit, WM_DESTROY},      {edit, WM_NCDESTROY},
+        {group, WM_NCDESTROY}, {button, WM_DESTROY}, {button, WM_NCDESTROY}, {popup, WM_DESTROY},
+        {popup, WM_NCDESTROY}, {dialog, WM_NCDESTROY}};
+    std::vector<std::pair<HWND, UINT>> destruction;
+    for (auto& m : seen.messages)
+        if (m.second == WM_DESTROY || m.second == WM_NCDESTROY) destruction.push_back(m);
+    EXPECT_EQ(destruction, expected);
+    for (HWND h : {dialog, group, edit, button, popup}) EXPECT_FALSE(IsWindow(h));
+    EXPECT_EQ(GetFocus(), nullptr);
+    EXPECT_TRUE(Drain().empty());  // messages for destroyed windows are dropped
+    EXPECT_FALSE(PostMessageW(edit, WM_USER, 0, 0));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_WINDOW_HANDLE);
+    EXPECT_EQ(SendMessageW(edit, WM_USER, 0, 0), 0);
+}
+
+TEST_F(Windows, FindWindowMatchesTopLevelWindowsByClassOrTitle) {
+    HWND main = Make(L"Main");
+    HWND keyboard = CreateWindowExW(0, L"Keybord Window", L"SIP", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
+    Make(L"Hidden child", WS_CHILD, main, 3);
+    EXPECT_EQ(FindWindowW(L"keybord window", nullptr), keyboard);
+    EXPECT_EQ(FindWindowW(nullptr, L"main"), main);
+    EXPECT_EQ(FindWindowW(L"Recording", L"Main"), main);
+    EXPECT_EQ(FindWindowW(L"Keybord Window", L"Main"), nullptr);
+    EXPECT_EQ(FindWindowW(nullptr, L"Hidden child"), nullptr);
+    EXPECT_EQ(SendMessageW(FindWindowW(L"Keybord Window", nullptr), WM_COMMAND, 7, 0), 1);
+    wchar_t name[32];
+    EXPECT_EQ(GetClassNameW(keyboard, name, 32), 14);
+    EXPECT_STREQ(name, L"Keybord Window");
+}
+
+TEST_F(Windows, StateAndGeometryFollowTheirSetters) {
+    HWND dialog = Make(L"Dialog", 0);
+    HWND edit = Make(L"Edit", WS_CHILD | WS_VISIBLE, dialog, 5);
+    EXPECT_FALSE(IsWindowVisible(edit));  // its parent is hidden
+    EXPECT_FALSE(ShowWindow(dialog, SW_SHOW));
+    EXPECT_TRUE(IsWindowVisible(edit));
+    EXPECT_TRUE(ShowWindow(edit, SW_HIDE));
+    EXPECT_FALSE(IsWindowVisible(edit));
+    EXPECT_FALSE(EnableWindow(edit, FALSE));
+    EXPECT_FALSE(IsWindowEnabled(edit));
+    EXPECT_TRUE(EnableWindow(edit, TRUE));
+    EXPECT_EQ(seen.Count(WM_ENABLE), 2u);
+    EXPECT_EQ(SetFocus(edit), nullptr);
+    EXPECT_EQ(SetFocus(dialog), edit);
+    EXPECT_EQ(GetFocus(), dialog);
+
+    RECT r;
+    ASSERT_TRUE(GetWindowRect(edit, &r));
+    EXPECT_EQ(r.left, 20);  // 10 of the dialog and 10 of the edit
+    EXPECT_EQ(r.top, 40);
+    ASSERT_TRUE(MoveWindow(edit, 1, 2, 30, 40, TRUE));
+    ASSERT_TRUE(GetClientRect(edit, &r));
+    EXPECT_EQ(r.right, 30);
+    EXPECT_EQ(r.bottom, 40);
+    POINT p{0, 0};
+    ClientToScreen(edit, &p);
+    EXPECT_EQ(p.x, 11);
+    EXPECT_EQ(p.y, 22);
+}
+
+namespace {
+WNDPROC original = nullptr;
+LRESULT CALLBACK Subclass(HWND h, UINT m, WPARAM w, LPARAM l) {
+    if (m == WM_USER + 1) return 99;
+    return CallWindowProcW(original, h, m, w, l);
+}
+}  // namespace
+
+TEST_F(Windows, SubclassingThroughGwlWndProcKeepsTheOriginalReachable) {
+    HWND h = Make(L"Sub");
+    original = reinterpret_cast<WNDPROC>(GetWindowLongW(h, GWL_WNDPROC));
+    EXPECT_EQ(original, &Recording);
+    EXPECT_EQ(SetWindowLongW(h, GWL_WNDPROC, reinterpret_cast<LONG_PTR>(Subclass)), reinterpret_cast<LONG_PTR>(Recording));
+    EXPECT_EQ(SendMessageW(h, WM_USER + 1, 0, 0), 99);
+    EXPECT_EQ(SendMessageW(h, WM_COMMAND, 7, 0), 1);  // passed on to the original
+    EXPECT_EQ(SetWindowLongW(h, 8, 1234), 0);
+    EXPECT_EQ(GetWindowLongW(h, 8), 1234);
+    EXPECT_EQ(GetWindowLongW(h, 12), 0);  // beyond the class's 12 extra bytes
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_INDEX);
+}
+
+// ---- queues --------------------------------------------------------------------------------------
+
+TEST_F(Windows, ThreadMessagesQuitAndFiltersFollowTheQueueRules) {
+    HWND a = Make(L"A");
+    HWND b = Make(L"B");
+    HWND child = Make(L"Child", WS_CHILD, a, 1);
+    PostMessageW(b, WM_USER, 1, 0);
+    PostMessageW(child, WM_USER, 2, 0);
+    PostThreadMessageW(GetCurrentThreadId(), WM_APP, 3, 0);
+    PostQuitMessage(4);
+    MSG m;
+    ASSERT_TRUE(PeekMessageW(&m, a, 0, 0, PM_NOREMOVE));  // a window filter takes its descendants
+    EXPECT_EQ(m.hwnd, child);
+    ASSERT_TRUE(PeekMessageW(&m, reinterpret_cast<HWND>(-1), 0, 0, PM_REMOVE));
+    EXPECT_EQ(m.message, WM_APP);
+    EXPECT_FALSE(PeekMessageW(&m, nullptr, WM_KEYDOWN, WM_KEYUP, PM_REMOVE));
+    ASSERT_EQ(GetMessageW(&m, nullptr, 0, 0), TRUE);
+    EXPECT_EQ(m.wParam, 1u);
+    ASSERT_EQ(GetMessageW(&m, nullptr, 0, 0), TRUE);
+    EXPECT_EQ(m.wParam, 2u);
+    EXPECT_EQ(GetMessageW(&m, nullptr, 0, 0), FALSE);  // WM_QUIT comes when nothing else is left
+    EXPECT_EQ(m.wParam, 4u);
+    EXPECT_EQ(GetMessageW(&m, reinterpret_cast<HWND>(0x7777), 0, 0), -1);
+    EXPECT_FALSE(PostThreadMessageW(0xFFFFFF, WM_USER, 0, 0));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_THREAD_ID);
+}
+
+TEST_F(Windows, BroadcastReachesEveryTopLevelWindowAndNoChild) {
+    HWND a = Make(L"A");
+    HWND b = Make(L"B", 0);  // hidden windows get it too
+    HWND child = Make(L"Child", WS_CHILD, a, 1);
+    ASSERT_TRUE(PostMessageW(HWND_BROADCAST, WM_CANCELMODE, 0, 0));
+    std::vector<HWND> got;
+    for (const MSG& m : Drain()) {
+        EXPECT_EQ(m.message, WM_CANCELMODE);
+        got.push_back(m.hwnd);
+    }
+    EXPECT_EQ(got, (std::vector<HWND>{a, b}));
+    (void)child;
+}
+
+namespace {
+struct Poster {
+    HWND target;
+    int count;
+};
+DWORD WINAPI PostNumbers(LPVOID parameter) {
+    auto* p = static_cast<Poster*>(parameter);
+    for (int i = 0; i < p->count; ++i) PostMessageW(p->target, WM_USER, static_cast<WPARAM>(i), 0);
+    PostMessageW(p->target, WM_APP, 0, 0);
+    return 0;
+}
+}  // namespace
+
+TEST_F(Windows, MessagesPostedFromASecondThreadArriveInOrder) {
+    HWND main = Make(L"Main");
+    Poster poster{main, 2000};
+    HANDLE thread = CreateThread(nullptr, 0, PostNumbers, &poster, 0, nullptr);
+    MSG m;
+    WPARAM expected = 0;
+    while (GetMessageW(&m, nullptr, 0, 0) > 0 && m.message != WM_APP) {
+        ASSERT_EQ(m.message, WM_USER);
+        ASSERT_EQ(m.wParam, expected++);
+        DispatchMessageW(&m);
+    }
+    EXPECT_EQ(expected, 2000u);
+    EXPECT_EQ(seen.Count(WM_USER), 2000u);
+    WaitForSingleObject(thread, INFINITE);
+    CloseHandle(thread);
+}
+
+namespace {
+// A soft keyboard running its own message loop on a thread of its own.
+struct KeyboardThread {
+    HANDLE ready = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    HWND window = nullptr;
+    HWND caller = nullptr;  // a window of the sending thread, asked back during the send
+    std::atomic<DWORD> procedureThread{0};
+};
+KeyboardThread* keyboard = nullptr;
+
+LRESULT CALLBACK KeyboardProc(HWND h, UINT m, WPARAM w, LPARAM l) {
+    if (m == WM_COMMAND && LOWORD(w) == 7) {
+        keyboard->procedureThread = GetCurrentThreadId();
+        // Asks the waiting sender's thread in turn, which must answer while it waits.
+        return 10 + SendMessageW(keyboard->caller, WM_COMMAND, 7, 0);
+    }
+    if (m == WM_DESTROY) PostQuitMessage(0);
+    return DefWindowProcW(h, m, w, l);
+}
+
+DWORD WINAPI RunKeyboard(LPVOID) {
+    WNDCLASSW c{};
+    c.lpfnWndProc = KeyboardProc;
+    c.lpszClassName = L"Thread keyboard";
+    RegisterClassW(&c);
+    keyboard->window = CreateWindowExW(0, L"Thread keyboard", L"", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
+    SetEvent(keyboard->ready);
+    MSG m;
+    while (GetMessageW(&m, nullptr, 0, 0) > 0) DispatchMessageW(&m);
+    return static_cast<DWORD>(m.wParam);
+}
+}  // namespace
+
+TEST_F(Windows, CrossThreadSendRunsOnTheOwnerThreadWhileTheSenderWaits) {
+    KeyboardThread k;
+    keyboard = &k;
+    k.caller = Make(L"Caller");
+    DWORD id = 0;
+    HANDLE thread = CreateThread(nullptr, 0, RunKeyboard, nullptr, 0, &id);
+    ASSERT_EQ(WaitForSingleObject(k.ready, INFINITE), WAIT_OBJECT_0);
+    EXPECT_EQ(SendMessageW(k.window, WM_COMMAND, 7, 0), 11);
+    EXPECT_EQ(k.procedureThread.load(), id);
+    DWORD owner = GetWindowThreadProcessId(k.window, nullptr);
+    EXPECT_EQ(owner, id);
+    EXPECT_FALSE(DestroyWindow(k.window));  // only its own thread may
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    PostMessageW(k.window, WM_CLOSE, 0, 0);
+    ASSERT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
+    EXPECT_FALSE(IsWindow(k.window));
+    CloseHandle(thread);
+    CloseHandle(k.ready);
+}
+
+namespace {
+DWORD WINAPI MakeWindowAndLeave(LPVOID parameter) {
+    *static_cast<HWND*>(parameter) =
+        CreateWindowExW(0, L"Recording", L"Orphan", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
+    return 0;
+}
+}  // namespace
+
+TEST_F(Windows, WindowsOfAThreadThatEndsAreDestroyedWithIt) {
+    HWND orphan = nullptr;
+    HANDLE thread = CreateThread(nullptr, 0, MakeWindowAndLeave, &orphan, 0, nullptr);
+    WaitForSingleObject(thread, INFINITE);
+    CloseHandle(thread);
+    ASSERT_NE(orphan, nullptr);
+    EXPECT_FALSE(IsWindow(orphan));
+    EXPECT_EQ(seen.Count(WM_NCDESTROY), 1u);
+    EXPECT_EQ(SendMessageW(orphan, WM_COMMAND, 7, 0), 0);
+}
+
+TEST_F(Windows, ResetForTestingForgetsWindowsClassesAndQueuedMessages) {
+    HWND h = Make(L"Gone");
+    PostMessageW(h, WM_USER, 0, 0);
+    PostThreadMessageW(GetCurrentThreadId(), WM_USER, 0, 0);
+    kiv_host::ResetForTesting();
+    EXPECT_FALSE(IsWindow(h));
+    EXPECT_TRUE(Drain().empty());
+    EXPECT_EQ(FindWindowW(L"Recording", nullptr), nullptr);
+    WNDCLASSW c{};
+    c.lpfnWndProc = Recording;
+    c.lpszClassName = L"Recording";
+    EXPECT_NE(RegisterClassW(&c), 0);
+}
