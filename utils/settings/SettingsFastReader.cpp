@@ -20,31 +20,48 @@ namespace {
 
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
-bool IsNameChar(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == ':' ||
-           c == '-' || c == '.';
-}
-
-// Text that both readers take exactly as it stands: no markup, entity or control
-// character (and, inside an attribute, no quote).
-bool IsPlainText(std::string_view s, bool attribute) {
-    for (char c : s) {
-        const auto u = static_cast<unsigned char>(c);
-        if (u < 0x20 || c == '<' || c == '>' || c == '&') return false;
-        if (attribute && (c == '"' || c == '\'')) return false;
+struct NameTable {
+    bool name[256] = {};
+    constexpr NameTable() {
+        for (int c = 'a'; c <= 'z'; ++c) name[c] = true;
+        for (int c = 'A'; c <= 'Z'; ++c) name[c] = true;
+        for (int c = '0'; c <= '9'; ++c) name[c] = true;
+        for (char c : {'_', ':', '-', '.'}) name[static_cast<unsigned char>(c)] = true;
     }
-    return true;
+};
+constexpr NameTable kNames;
+
+bool IsNameChar(char c) { return kNames.name[static_cast<unsigned char>(c)]; }
+
+// Characters that end plain text: markup, entities, control characters and quotes. Text
+// that both readers take exactly as it stands has none of them (quotes are allowed in
+// element content).
+struct StopTable {
+    bool stop[256] = {};
+    constexpr StopTable() {
+        for (int c = 0; c < 0x20; ++c) stop[c] = true;
+        stop[static_cast<unsigned char>('<')] = stop[static_cast<unsigned char>('>')] = true;
+        stop[static_cast<unsigned char>('&')] = stop[static_cast<unsigned char>('"')] = true;
+        stop[static_cast<unsigned char>('\'')] = true;
+    }
+};
+constexpr StopTable kStops;
+
+// The end of the plain run that starts at `from`.
+size_t PlainRunEnd(std::string_view s, size_t from) {
+    while (from < s.size() && !kStops.stop[static_cast<unsigned char>(s[from])]) ++from;
+    return from;
 }
 
 // Widens into `out`, reusing its storage; the bytes are valid UTF-8.
 void WidenInto(std::string_view utf8, CKivStringT& out) {
-    out.Empty();
+    wchar_t* p = out.GetBufferSetLength(static_cast<int>(utf8.size()));
     for (char c : utf8) {
         if (static_cast<unsigned char>(c) >= 0x80) {
             out = CKivStringT(kiv_text::FromUtf8(utf8));
             return;
         }
-        out += static_cast<wchar_t>(c);
+        *p++ = static_cast<wchar_t>(c);
     }
 }
 
@@ -140,10 +157,9 @@ public:
             Attributes attributes;
             if (!StartTag(tag, attributes)) return false;
             if (tag == "value" && depth > 0) {
-                const size_t end = s_.find('<', pos_);
-                if (end == std::string_view::npos) return false;
+                size_t end = PlainRunEnd(s_, pos_);
+                while (end < s_.size() && (s_[end] == '"' || s_[end] == '\'')) end = PlainRunEnd(s_, end + 1);
                 const std::string_view content = s_.substr(pos_, end - pos_);
-                if (!IsPlainText(content, false)) return false;
                 pos_ = end;
                 if (!Literal("</value>")) return false;
                 if (!attributes.name.empty() && !attributes.type.empty())
@@ -203,10 +219,9 @@ private:
             const std::string_view attr = s_.substr(attrStart, i - attrStart);
             if (attr.empty() || i + 1 >= s_.size() || s_[i] != '=' || s_[i + 1] != '"') return false;
             const size_t valueStart = i + 2;
-            const size_t close = s_.find('"', valueStart);
-            if (close == std::string_view::npos) return false;
+            const size_t close = PlainRunEnd(s_, valueStart);
+            if (close >= s_.size() || s_[close] != '"') return false;
             const std::string_view value = s_.substr(valueStart, close - valueStart);
-            if (!IsPlainText(value, true)) return false;
             if (attr == "name" && !attributes.sawName) attributes.name = value, attributes.sawName = true;
             if (attr == "type" && !attributes.sawType) attributes.type = value, attributes.sawType = true;
             i = close + 1;

@@ -3,6 +3,8 @@
 #include "utils/settings/XmlConfigStorage.h"
 
 #include <climits>
+#include <memory>
+#include <new>
 #include <cstdlib>
 #include <cwctype>
 
@@ -211,13 +213,13 @@ CXmlConfigStorage CXmlConfigStorage::GetStakeoutSettings() {
 namespace {
 
 // The whole file, or false when it cannot be read or is larger than the tokenizer takes.
-bool ReadWholeFile(const CKivStringT& path, std::string& bytes) {
+bool ReadWholeFile(const CKivStringT& path, std::unique_ptr<char[]>& bytes, DWORD& length) {
     CFile file;
     if (!file.Open(path, CFile::modeRead | CFile::shareDenyNone | CFile::typeBinary)) return false;
-    const DWORD length = file.GetLength();
+    length = file.GetLength();
     if (length > CXmlParser::kMaxFileBytes) return false;
-    bytes.resize(length);
-    return file.Read(bytes.data(), length) == length;
+    bytes.reset(new (std::nothrow) char[length ? length : 1]);
+    return bytes && file.Read(bytes.get(), length) == length;
 }
 
 }  // namespace
@@ -225,8 +227,11 @@ bool ReadWholeFile(const CKivStringT& path, std::string& bytes) {
 void CXmlConfigStorage::LoadAllGroups(CConfigGroup& root) {
     // An ordinary file (the shape Save writes) is read in one quick pass; anything else
     // goes through the platform's tokenizer, which reads it as the format has it.
-    std::string bytes;
-    if (ReadWholeFile(m_path, bytes) && kiv_settings_detail::ReadOrdinarySettings(bytes, root)) return;
+    std::unique_ptr<char[]> bytes;
+    DWORD length = 0;
+    if (ReadWholeFile(m_path, bytes, length) &&
+        kiv_settings_detail::ReadOrdinarySettings(std::string_view(bytes.get(), length), root))
+        return;
     CXmlParser* parser = nullptr;
     // A missing or unreadable file leaves the tree empty; a write makes a new file.
     if (CXmlParser::Initialize(m_path, parser) != 0 || parser == nullptr) return;
