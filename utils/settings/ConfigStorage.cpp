@@ -301,7 +301,7 @@ CConfigGroup& CConfigGroup::GetGroup(const CKivStringT& name, unsigned index) {
 }
 
 CConfigValue& CConfigGroup::FirstValueNamed(const CKivStringT& name) {
-    if (ShouldAlwaysLoadAllValues()) LoadAllValuesOnDemand();
+    if (!m_valuesLoaded && ShouldAlwaysLoadAllValues()) LoadAllValuesOnDemand();
     if (CConfigValue* known = m_firstValue.Find(m_values, name.view())) return *known;
     CConfigValue* value = m_isNew ? nullptr : FindValue(name);
     if (!value) value = CreateValue(name);
@@ -309,7 +309,7 @@ CConfigValue& CConfigGroup::FirstValueNamed(const CKivStringT& name) {
 }
 
 CConfigGroup& CConfigGroup::FirstGroupNamed(const CKivStringT& name) {
-    if (ShouldAlwaysLoadAllGroups()) LoadAllGroupsOnDemand();
+    if (!m_groupsLoaded && ShouldAlwaysLoadAllGroups()) LoadAllGroupsOnDemand();
     if (CConfigGroup* known = m_firstGroup.Find(m_groups, name.view())) return *known;
     if (!m_isNew)
         if (CConfigGroup* found = FindGroup(name)) return *found;

@@ -33,6 +33,15 @@ constexpr NameTable kNames;
 
 bool IsNameChar(char c) { return kNames.name[static_cast<unsigned char>(c)]; }
 
+// A short fixed word, compared in place rather than through a library call.
+template <size_t N>
+bool Is(std::string_view s, const char (&word)[N]) {
+    if (s.size() != N - 1) return false;
+    for (size_t i = 0; i + 1 < N; ++i)
+        if (s[i] != word[i]) return false;
+    return true;
+}
+
 // Characters that end plain text: markup, entities, control characters and quotes. Text
 // that both readers take exactly as it stands has none of them (quotes are allowed in
 // element content).
@@ -112,9 +121,9 @@ public:
         WidenInto(name, name_);
         // Whole numbers and flags are read straight from the bytes, as the format reads
         // them; the other types take the shared way.
-        if (type == "int" && IsAscii(content)) {
+        if (Is(type, "int") && IsAscii(content)) {
             new CXmlConfigValue(group, name_, ReadLongAscii(content));
-        } else if (type == "bool" && IsAscii(content)) {
+        } else if (Is(type, "bool") && IsAscii(content)) {
             new CXmlConfigValue(group, name_, !content.empty() && ReadLongAscii(content) != 0);
         } else {
             WidenInto(type, type_);
@@ -156,7 +165,7 @@ public:
             std::string_view tag;
             Attributes attributes;
             if (!StartTag(tag, attributes)) return false;
-            if (tag == "value" && depth > 0) {
+            if (Is(tag, "value") && depth > 0) {
                 size_t end = PlainRunEnd(s_, pos_);
                 while (end < s_.size() && (s_[end] == '"' || s_[end] == '\'')) end = PlainRunEnd(s_, end + 1);
                 const std::string_view content = s_.substr(pos_, end - pos_);
@@ -164,7 +173,7 @@ public:
                 if (!Literal("</value>")) return false;
                 if (!attributes.name.empty() && !attributes.type.empty())
                     out.Value(attributes.name, attributes.type, content);
-            } else if (tag == "group") {
+            } else if (Is(tag, "group")) {
                 if (attributes.name.empty() || ++depth > kMaxGroupDepth) return false;
                 out.OpenGroup(attributes.name);
             } else {
@@ -222,15 +231,16 @@ private:
             const size_t close = PlainRunEnd(s_, valueStart);
             if (close >= s_.size() || s_[close] != '"') return false;
             const std::string_view value = s_.substr(valueStart, close - valueStart);
-            if (attr == "name" && !attributes.sawName) attributes.name = value, attributes.sawName = true;
-            if (attr == "type" && !attributes.sawType) attributes.type = value, attributes.sawType = true;
+            if (Is(attr, "name") && !attributes.sawName) attributes.name = value, attributes.sawName = true;
+            if (Is(attr, "type") && !attributes.sawType) attributes.type = value, attributes.sawType = true;
             i = close + 1;
         }
     }
 
-    bool Literal(std::string_view text) {
-        if (s_.substr(pos_, text.size()) != text) return false;
-        pos_ += text.size();
+    template <size_t N>
+    bool Literal(const char (&text)[N]) {
+        if (!Is(s_.substr(pos_, N - 1), text)) return false;
+        pos_ += N - 1;
         return true;
     }
 
