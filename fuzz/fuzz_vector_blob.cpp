@@ -1,21 +1,78 @@
 // Loads arbitrary bytes as a vector image in place, then exercises everything a loaded
 // image offers a reader: typed lists, styles and labels through their pointers, the
-// pointer enumeration, and the quadtree with a pick. Nothing may read or write outside
-// the bytes.
+// pointer enumeration, and the quadtree with a pick. A refused image is read the same
+// way, since it keeps the pools it registered. An image that loads is saved again
+// through the image library into a scratch folder, which turns its file-derived words
+// back into offsets, and the saved file is loaded once more. Nothing may read or write
+// outside the bytes.
+#include <stdlib.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <filesystem>
 #include <memory>
+#include <string>
+#include <system_error>
 
 #include "platform/host/Host.h"
 #include "utils/vector/Quadtree.h"
 #include "utils/vector/VectorBlob.h"
+#include "utils/vector/VectorImageLibrary.h"
 
 namespace {
+
 struct Counter : VectorFormat::IPointerProcessor {
     std::size_t fields = 0;
     void processPointer(unsigned char*) override { ++fields; }
 };
+
+// A device root of the run's own under the host's temporary folder; it goes when the
+// run ends.
+class ScratchRoot {
+public:
+    ScratchRoot() {
+        std::string pattern = (std::filesystem::temp_directory_path() / "kivfuzz-XXXXXX").string();
+        if (::mkdtemp(pattern.data()) != nullptr) {
+            path_ = pattern;
+            kiv_host::SetDeviceRoot(path_);
+        }
+    }
+    ~ScratchRoot() {
+        std::error_code ignored;
+        if (!path_.empty()) std::filesystem::remove_all(path_, ignored);
+    }
+    bool ready() const { return !path_.empty(); }
+
+private:
+    std::string path_;
+};
+
+void readEverything(VectorBlob& blob) {
+    Counter counter;
+    blob.enumPointers(counter);
+    TPointStyle pointStyle;
+    TLineStyle lineStyle;
+    TLabel label;
+    for (std::uint32_t i = 0; i < blob.getPointCount() && i < 4096; ++i) blob.getPointStyle(i, pointStyle);
+    for (std::uint32_t i = 0; i < blob.getLineCount() && i < 4096; ++i) {
+        blob.getLineStyle(i, lineStyle);
+        blob.getLinePolyLineIndex(i);
+    }
+    for (std::uint32_t i = 0; i < blob.getArcCount() && i < 4096; ++i) {
+        blob.getArcStyle(i, lineStyle);
+        blob.getArcPolyLineIndex(i);
+    }
+    for (std::uint32_t i = 0; i < blob.getPolyLineCount() && i < 4096; ++i) blob.getPolyLineStyle(i, lineStyle);
+    for (std::uint32_t i = 0; i < blob.getLabelCount() && i < 4096; ++i) blob.getLabel(i, label);
+
+    auto tree = buildQuadtree(blob);
+    Csx::CIdentityCs identity;
+    TCoord2d at{0.0, 0.0};
+    TPickResult found;
+    tree->pick(at, identity, identity, 1.0, {eStakeablePoint, eStakeableLine}, found);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -29,25 +86,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::shared_ptr<unsigned char[]> image(new unsigned char[size == 0 ? 1 : size]);
     if (size) std::memcpy(image.get(), data, size);
     auto blob = std::shared_ptr<VectorBlob>(new VectorBlob());
-    if (!blob->deserialize(image, static_cast<int>(size))) return 0;
+    const bool loaded = blob->deserialize(image, static_cast<int>(size));
+    readEverything(*blob);
+    if (!loaded) return 0;
 
-    Counter counter;
-    blob->enumPointers(counter);
-    TPointStyle pointStyle;
-    TLineStyle lineStyle;
-    TLabel label;
-    for (std::uint32_t i = 0; i < blob->getPointCount() && i < 4096; ++i) blob->getPointStyle(i, pointStyle);
-    for (std::uint32_t i = 0; i < blob->getLineCount() && i < 4096; ++i) {
-        blob->getLineStyle(i, lineStyle);
-        blob->getLinePolyLineIndex(i);
+    static ScratchRoot scratch;
+    if (!scratch.ready()) return 0;
+    static VectorImageLibrary library(L"\\images");
+    if (library.saveImage(L"again.vec", blob)) {
+        if (auto again = library.getImage(L"again.vec")) readEverything(*again);
     }
-    for (std::uint32_t i = 0; i < blob->getArcCount() && i < 4096; ++i) blob->getArcStyle(i, lineStyle);
-    for (std::uint32_t i = 0; i < blob->getLabelCount() && i < 4096; ++i) blob->getLabel(i, label);
-
-    auto tree = buildQuadtree(*blob);
-    Csx::CIdentityCs identity;
-    TCoord2d at{0.0, 0.0};
-    TPickResult found;
-    tree->pick(at, identity, identity, 1.0, {eStakeablePoint, eStakeableLine}, found);
     return 0;
 }

@@ -18,7 +18,9 @@ public:
 
     // Creates the file for writing, truncated. The bytes go to a sibling temporary file
     // that replaces the target when the writer closes, so a failed write never leaves a
-    // truncated image behind. True if the file could be created.
+    // truncated image behind. True if the file could be created; false, with nothing
+    // created, wherever creating the target itself would fail (read-only, a folder, held
+    // by a reader, an absent folder), so that a refused image is left unspent.
     bool open();
     // One write of all bytes at the current position.
     bool write(const void* data, int bytes);
@@ -28,7 +30,7 @@ public:
     // position cannot be reached.
     bool writeEntity(VectorFormat::Entity<char>* entity, unsigned int offset);
     // Finishes the file: true when every write succeeded and the file now stands under
-    // its name; otherwise the old file (or none) remains. Closing twice is harmless.
+    // its name; otherwise the old file (or none) remains whole. Closing twice is harmless.
     bool close();
 
     const CKivStringT& getPath() const { return path_; }

@@ -2,6 +2,9 @@
 // loading a file image in place with one addition per pointer field.
 #include "utils/vector/PoolManager.h"
 
+#include <algorithm>
+#include <cstring>
+#include <limits>
 #include <set>
 #include <vector>
 
@@ -82,7 +85,8 @@ bool PoolManager::contains(const void* address, std::size_t bytes) const {
 }
 
 PoolManager::Entity* PoolManager::expandPool(Entity* pool, int newSize) {
-    if (pool == nullptr || newSize < 0) return nullptr;
+    // The block holds the header too: a size within 8 of the largest int has no block.
+    if (pool == nullptr || newSize < 0 || newSize > std::numeric_limits<int>::max() - 8) return nullptr;
     const std::uint32_t oldSize = pool->getSize();
     auto* grown = reinterpret_cast<Entity*>(alloc(newSize + 8));
     if (grown == nullptr) return nullptr;
@@ -108,9 +112,11 @@ PoolManager::Entity* PoolManager::expandPool(Entity* pool, int newSize) {
         if (addressOf(field) >= oldPayload && addressOf(field) < oldEnd) {
             field = reinterpret_cast<unsigned char*>(addressOf(field) + static_cast<std::uintptr_t>(4 * d));
         }
+        // Deliberate: the adjustment goes to whatever word stands at the recorded address
+        // as it now is; after a move that is usually not the field whose value was read.
         const std::uintptr_t target = base + value;
         if (target >= oldPayload && target < oldEnd && contains(field, 4)) {
-            writeU32(field, value + static_cast<std::uint32_t>(d));
+            writeU32(field, readU32(field) + static_cast<std::uint32_t>(d));
         }
     }
     // The old block stays in the arena until the arena goes; arenas give nothing back
@@ -153,20 +159,34 @@ void PoolManager::patchPointers(CKivArray<unsigned char*>& pointers, BlockInterv
     }
 }
 
-void PoolManager::unpatchPointers(CKivArray<unsigned char*>& pointers, BlockIntervalMap& map,
+void PoolManager::unpatchPointers(CKivArray<unsigned char*>& pointers, BlockIntervalMap& /*map*/,
                                   CKivArray<unsigned long>& fixups) {
     // Deliberate: this subtracts each field's own file offset instead of restoring its
     // address, so a written image is spent. Where fields were skipped the two arrays run
-    // out of step, which is kept too; fields past the last fixup have nothing to subtract.
+    // out of step, which is kept too: a skipped field, in a pool or not, still takes the
+    // fixup of its place in the list. Fields past the last fixup have nothing to subtract.
+    // Only a field outside the image's own memory is passed over.
     const int count = std::min(pointers.GetSize(), fixups.GetSize());
     for (int i = 0; i < count; ++i) {
-        BlockIntervalMap::Block block;
-        if (!fieldInBlock(map, pointers[i], block)) continue;
+        if (!contains(pointers[i], 4)) continue;
         writeU32(pointers[i], readU32(pointers[i]) - static_cast<std::uint32_t>(fixups[i]));
     }
 }
 
+bool PoolManager::layoutFitsFileWords() const {
+    // Everything the file places is counted in 32-bit words (the fixup table's size,
+    // 4 x N at most, and every pool's offset) and the writer's counts and the loader's
+    // size are ints. The end of the last pool bounds them all; it is summed in 64 bits.
+    std::uint64_t end = 8ull * (static_cast<std::uint64_t>(pools_.GetSize()) + 3) +
+                        4ull * static_cast<std::uint64_t>(collector_.fields.GetSize());
+    for (int i = 0; i < pools_.GetSize(); ++i) end += 8ull + pools_[i]->getSize();
+    return end <= static_cast<std::uint64_t>(std::numeric_limits<int>::max());
+}
+
 bool PoolManager::serialize(CEntityWriter& writer) {
+    // An image whose file would be too large to describe is refused before the file is
+    // created, so that, as when the file cannot be created, nothing has changed.
+    if (!layoutFitsFileWords()) return false;
     if (!writer.open()) return false;
     setupPoolMap();
     CKivArray<unsigned long> fixups;
@@ -189,10 +209,14 @@ bool PoolManager::serialize(CEntityWriter& writer) {
     });
     writer.writeEntity(reinterpret_cast<Entity*>(directory.data()), 0);
 
-    writer.writeEntityHeader(VectorFormat::eFixupTable, 4 * fixups.GetSize());
+    // F <= N, so the table's size fits an int (checked above, in 64 bits).
+    const std::uint64_t tableBytes = 4ull * static_cast<std::uint64_t>(fixups.GetSize());
+    writer.writeEntityHeader(VectorFormat::eFixupTable, static_cast<int>(tableBytes));
     if (fixups.GetSize() > 0) {
-        std::vector<unsigned char> words(4 * static_cast<std::size_t>(fixups.GetSize()));
-        for (int i = 0; i < fixups.GetSize(); ++i) writeU32(&words[4 * static_cast<std::size_t>(i)], fixups[i]);
+        std::vector<unsigned char> words(static_cast<std::size_t>(tableBytes));
+        for (int i = 0; i < fixups.GetSize(); ++i) {
+            writeU32(&words[4 * static_cast<std::size_t>(i)], static_cast<std::uint32_t>(fixups[i]));
+        }
         writer.write(words.data(), static_cast<int>(words.size()));
     }
     blockMap_.forEach([&](const BlockIntervalMap::Block& block) {

@@ -98,6 +98,7 @@ private:
     void patchPointers(CKivArray<unsigned char*>& pointers, BlockIntervalMap& map, CKivArray<unsigned long>& fixups);
     void unpatchPointers(CKivArray<unsigned char*>& pointers, BlockIntervalMap& map, CKivArray<unsigned long>& fixups);
     bool fixupsStayInside(const VectorFormat::FixupTable& table) const;
+    bool layoutFitsFileWords() const;
     unsigned char* arenaBase() const;
     std::size_t arenaExtent() const;
 

@@ -3,6 +3,7 @@
 #include "utils/vector/VectorFile.h"
 
 #include <new>
+#include <string>
 
 namespace kiv_vector_detail {
 
@@ -36,23 +37,59 @@ EReadResult readWholeFile(const wchar_t* path, std::size_t maxBytes, std::shared
     return EReadResult::eRead;
 }
 
-AtomicFileWriter::AtomicFileWriter(const wchar_t* path)
-    : target_(path ? path : L""), temporary_(target_ + L".kivtmp") {}
+AtomicFileWriter::AtomicFileWriter(const wchar_t* path) : target_(path ? path : L"") {}
 
 AtomicFileWriter::~AtomicFileWriter() { abandon(); }
+
+bool AtomicFileWriter::targetCanBeCreated() const {
+    const DWORD attributes = GetFileAttributesW(target_.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES) return true;  // absent: its folder is tried with the temporary file
+    if (attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY)) {
+        SetLastError(ERROR_ACCESS_DENIED);
+        return false;
+    }
+    // An existing file is opened for writing as creating it would open it, but without
+    // truncating: a file held by a reader that denies writing refuses here too.
+    HANDLE probe = CreateFileW(target_.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                               FILE_ATTRIBUTE_ARCHIVE, nullptr);
+    if (probe == INVALID_HANDLE_VALUE) return false;
+    CloseHandle(probe);
+    return true;
+}
 
 bool AtomicFileWriter::open() {
     if (isOpen()) return true;
     if (target_.empty()) return false;
-    file_ = CreateFileW(temporary_.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
-                        FILE_ATTRIBUTE_ARCHIVE, nullptr);
-    failed_ = false;
-    return isOpen();
+    // Refuses wherever creating the target itself would fail, before any byte is written
+    // and before the caller changes anything: a read-only file, a folder, a file that a
+    // reader holds, a folder that is absent or cannot be written.
+    if (!targetCanBeCreated()) return false;
+    // The first free sibling name: a name that a folder, a read-only leftover or another
+    // writer of the same target occupies is passed over. Where no candidate can even be
+    // created for another reason, the folder itself refuses.
+    for (int attempt = 0; attempt < kTemporaryNames; ++attempt) {
+        std::wstring candidate = target_ + L".kivtmp";
+        if (attempt > 0) candidate += std::to_wstring(attempt);
+        file_ = CreateFileW(candidate.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
+                            FILE_ATTRIBUTE_ARCHIVE, nullptr);
+        if (isOpen()) {
+            temporary_ = std::move(candidate);
+            failed_ = false;
+            return true;
+        }
+        if (GetFileAttributesW(candidate.c_str()) == INVALID_FILE_ATTRIBUTES) return false;
+    }
+    return false;
 }
 
 bool AtomicFileWriter::seek(std::size_t offset) {
-    if (!isOpen() || offset > 0x7FFFFFFF) return false;
-    return SetFilePointer(file_, static_cast<LONG>(offset), nullptr, FILE_BEGIN) == offset;
+    if (!isOpen()) return false;
+    // A position that cannot be reached leaves a hole where the bytes belonged: the file
+    // is then not put in place.
+    const bool reached = offset <= 0x7FFFFFFF &&
+                         SetFilePointer(file_, static_cast<LONG>(offset), nullptr, FILE_BEGIN) == offset;
+    if (!reached) failed_ = true;
+    return reached;
 }
 
 bool AtomicFileWriter::write(const void* data, std::size_t bytes) {

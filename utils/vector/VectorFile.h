@@ -30,6 +30,9 @@ public:
     AtomicFileWriter(const AtomicFileWriter&) = delete;
     AtomicFileWriter& operator=(const AtomicFileWriter&) = delete;
 
+    // False, with nothing created, exactly where creating the target itself would fail
+    // (a read-only file, a folder, a file a reader holds against writing, an absent or
+    // unwritable folder); otherwise the temporary file is open.
     bool open();
     bool isOpen() const { return file_ != INVALID_HANDLE_VALUE; }
     bool seek(std::size_t offset);  // true when the position reached is `offset`
@@ -40,6 +43,9 @@ public:
     void abandon();
 
 private:
+    static constexpr int kTemporaryNames = 8;
+    bool targetCanBeCreated() const;
+
     std::wstring target_;
     std::wstring temporary_;
     HANDLE file_ = INVALID_HANDLE_VALUE;

@@ -24,8 +24,10 @@ std::shared_ptr<VectorBlob> VectorImageLibrary::getImage(const wchar_t* name) co
 bool VectorImageLibrary::saveImage(const wchar_t* name, std::shared_ptr<VectorBlob> image) const {
     if (!image) return false;
     CEntityWriter writer(folder_ + L"\\" + (name ? name : L""));
-    // The writer's close reports whether the new file is in place; an image whose
-    // writes failed is not reported as saved.
+    // The result is serialize's: false when the file cannot be created, the image then
+    // untouched. Beyond that, the writer's close reports whether the new file is in
+    // place: a write, flush or rename that fails leaves the old file whole and is
+    // reported as not saved, since the file under the name is not this image.
     return image->serialize(writer) && writer.close();
 }
 

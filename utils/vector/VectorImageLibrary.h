@@ -24,8 +24,11 @@ public:
     // absent, cannot be read or fails the image checks (whose log lines are written).
     std::shared_ptr<VectorBlob> getImage(const wchar_t* name) const;
     // Writes the image as `name` in the folder, replacing any old file atomically. False
-    // when the file cannot be created or written; the old file then stays. A built
-    // image's pointers are spent afterwards.
+    // when the file cannot be created (read-only, a folder, held by a reader, an absent
+    // folder): nothing is written and the image is left as it was, so it can be saved
+    // again. False too when the new file cannot be completed or put in place; the old
+    // file then stays whole, but the image has been written and is spent, as it is
+    // after every save that got as far as the writing.
     bool saveImage(const wchar_t* name, std::shared_ptr<VectorBlob> image) const;
 
     // The folder part of a path (before its last backslash); a path ending in a

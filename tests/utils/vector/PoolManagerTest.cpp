@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "tests/support/TestSupport.h"
 #include "tests/utils/vector/ImageBytes.h"
 
@@ -138,6 +140,45 @@ TEST(PoolSerialize, FieldPointingOutsideEveryPoolKeepsItsValueAndNoFixup) {
     // Out of step: fixup 0 (the second field's offset) was taken from the first field.
     EXPECT_EQ(readU32(points->data() + 24), strayWord - (pointsAt + 8 + 52));
     EXPECT_EQ(readU32(points->data() + 52), pointsAt + 8);
+}
+
+TEST(PoolSerialize, FieldOutsideEveryPoolStillTakesTheFixupOfItsPlace) {
+    kiv_test::TempDeviceRoot root;
+    PoolManager pools;
+    PoolEntity* points = newPool(pools, ePointsList, 56);
+    PoolEntity* stray = newPool(pools, ePointStylesList, 8);  // allocated, never registered
+    pools.registerPool(points);
+    link(pools, stray, 4, points, 0);  // lies in no pool: not written, no fixup
+    link(pools, points, 52, points, 0);
+    const std::uint32_t strayBefore = readU32(stray->data() + 4);
+    const std::string file = serializeToFile(pools, root);
+
+    const std::uint32_t pointsAt = 8 * 4 + 4 * 2;
+    EXPECT_EQ(wordAt(file, 28), 4u);
+    EXPECT_EQ(wordAt(file, 32), pointsAt + 8 + 52);
+    // Fixup 0 belongs to the second field but is taken from the first, which lies
+    // outside every pool; the second field has no fixup left and keeps its file offset.
+    EXPECT_EQ(readU32(stray->data() + 4), strayBefore - (pointsAt + 8 + 52));
+    EXPECT_EQ(readU32(points->data() + 52), pointsAt + 8);
+}
+
+TEST(PoolSerialize, RefusesAnImageWhoseFileWouldPassTheLargestSize) {
+    kiv_test::TempDeviceRoot root;
+    PoolManager pools;
+    PoolEntity* points = newPool(pools, ePointsList, 28);
+    pools.registerPool(points);
+    link(pools, points, 24, points, 0);
+    auto* huge = reinterpret_cast<PoolEntity*>(pools.alloc(8));  // its size word speaks for 2 GiB
+    huge->setId(eLinesList);
+    huge->setSize(0x7FFFFFF0u);
+    pools.registerPool(huge);
+    const std::uint32_t before = readU32(points->data() + 24);
+
+    CEntityWriter writer(L"\\image.vec");
+    EXPECT_FALSE(pools.serialize(writer));
+    EXPECT_EQ(readU32(points->data() + 24), before);
+    EXPECT_EQ(GetFileAttributesW(L"\\image.vec"), INVALID_FILE_ATTRIBUTES);
+    EXPECT_FALSE(writer.close());
 }
 
 TEST(PoolSerialize, FailsWithoutTouchingAnythingWhenFileCannotBeCreated) {
@@ -281,6 +322,48 @@ TEST(PoolExpand, MovesFieldsByFourTimesAndTargetsByOnceTheHeaderUnitDistance) {
     EXPECT_EQ(readU32(points->data() + 24), intoBefore + static_cast<std::uint32_t>(d));
     EXPECT_EQ(pools.getPointerList()[1], styles->data() + 4 + 4 * d);
     EXPECT_EQ(pools.getPool(ePointStylesList), styles);  // registration is the caller's
+}
+
+TEST(PoolExpand, AdjustsTheWordThatNowStandsWhereAMovedFieldIsRecorded) {
+    PoolManager pools;
+    PoolEntity* styles = newPool(pools, ePointStylesList, 32);  // grows
+    PoolEntity* other = newPool(pools, eLinesList, 200);        // lies between old and new block
+    pools.registerPool(styles);
+    pools.registerPool(other);
+    link(pools, styles, 4, styles, 0);  // a field of the growing pool naming its own payload
+
+    // The arena carves the new block right after `other`: d header units away, and the
+    // field's recorded address moves by 4 x d bytes, into the middle of `other`.
+    const std::uintptr_t otherEnd = reinterpret_cast<std::uintptr_t>(other->data()) + 200;
+    auto* next = reinterpret_cast<unsigned char*>((otherEnd + 7) & ~std::uintptr_t{7});
+    const std::ptrdiff_t d = (next - styles->bytes()) / 8;
+    unsigned char* landing = styles->data() + 4 + 4 * d;
+    ASSERT_GE(landing, other->data());
+    ASSERT_LE(landing + 4, other->data() + 200);
+    writeU32(landing, 0x12345);
+    const std::uint32_t selfWord = readU32(styles->data() + 4);
+
+    PoolEntity* grown = pools.expandPool(styles, 48);
+    ASSERT_EQ(grown->bytes(), next);
+    EXPECT_EQ(pools.getPointerList()[0], landing);
+    // The word found there is the one adjusted, by d; the field itself and its copy in
+    // the new block keep the old value.
+    EXPECT_EQ(readU32(landing), 0x12345u + static_cast<std::uint32_t>(d));
+    EXPECT_EQ(readU32(styles->data() + 4), selfWord);
+    EXPECT_EQ(readU32(grown->data() + 4), selfWord);
+}
+
+TEST(PoolExpand, RefusesSizesWithNoRoomForTheHeader) {
+    PoolManager pools;
+    PoolEntity* points = newPool(pools, ePointsList, 28);
+    pools.registerPool(points);
+    link(pools, points, 24, points, 0);
+    const std::uint32_t before = readU32(points->data() + 24);
+    EXPECT_EQ(pools.expandPool(points, std::numeric_limits<int>::max()), nullptr);
+    EXPECT_EQ(pools.expandPool(points, std::numeric_limits<int>::max() - 7), nullptr);
+    EXPECT_EQ(pools.expandPool(points, -1), nullptr);
+    EXPECT_EQ(pools.getPointerList()[0], points->data() + 24);
+    EXPECT_EQ(readU32(points->data() + 24), before);
 }
 
 TEST(EntityKinds, NamesComeFromTheDescriptorChain) {

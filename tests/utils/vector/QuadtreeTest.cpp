@@ -66,12 +66,29 @@ TEST(QuadtreeSplit, ThirtyFeaturesStayInOneLeafAndThirtyOneAreCut) {
     EXPECT_TRUE(deep.isLeaf());
 }
 
-TEST(QuadtreeSplit, NodeNarrowerThanOneUnitIsNeverCut) {
+TEST(QuadtreeSplit, OneUnitIsTheSmallestSideThatIsCut) {
+    // Six columns and six rows of points spanning exactly 1.0 by 1.0.
+    QuadtreeNode unit = nodeOver(pointsOnAGrid(31, 0.2));
+    ASSERT_EQ(unit.getWidth(), 1.0);
+    ASSERT_EQ(unit.getHeight(), 1.0);
+    unit.rebalance(0);
+    EXPECT_FALSE(unit.isLeaf());
+
     QuadtreeNode narrow = nodeOver(pointsOnAGrid(60, 0.9 / 5));
     ASSERT_LT(narrow.getWidth(), 1.0);
+    ASSERT_GE(narrow.getHeight(), 1.0);
     narrow.rebalance(0);
     EXPECT_TRUE(narrow.isLeaf());
     EXPECT_FALSE(narrow.split());
+
+    // Wide enough, but 0.9 high.
+    std::vector<PointBuffer::Feature> flat;
+    for (std::uint32_t i = 0; i < 31; ++i) flat.push_back({i * 2.0, (i % 2) * 0.9, i});
+    QuadtreeNode low = nodeOver(std::make_shared<PointBuffer>(std::move(flat)));
+    ASSERT_EQ(low.getHeight(), 0.9);
+    ASSERT_GE(low.getWidth(), 1.0);
+    low.rebalance(0);
+    EXPECT_TRUE(low.isLeaf());
 }
 
 TEST(QuadtreeSplit, CutThatLeavesAChildAsFullAsItsParentIsUndone) {

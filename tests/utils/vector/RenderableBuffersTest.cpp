@@ -55,6 +55,11 @@ TEST(BufferSplit, DiagonalThroughTheCentreCountsAsRightOfIt) {
     // Crossing exactly at the centre (within 1e-12) takes the right-hand side.
     EXPECT_EQ(quadrantsOfLine(1, 9, 9, 1), (std::vector<int>{1, 1, 0, 1}));
     EXPECT_EQ(quadrantsOfLine(9, 9, 1, 1), (std::vector<int>{0, 1, 1, 1}));
+    // Crossing at x = 5 - 5e-13 is still the centre; at 5 - 2e-12 it is left of it.
+    EXPECT_EQ(quadrantsOfLine(1 - 5e-13, 9, 9 - 5e-13, 1), (std::vector<int>{1, 1, 0, 1}));
+    EXPECT_EQ(quadrantsOfLine(9 - 5e-13, 9, 1 - 5e-13, 1), (std::vector<int>{0, 1, 1, 1}));
+    EXPECT_EQ(quadrantsOfLine(1 - 2e-12, 9, 9 - 2e-12, 1), (std::vector<int>{1, 0, 1, 1}));
+    EXPECT_EQ(quadrantsOfLine(9 - 2e-12, 9, 1 - 2e-12, 1), (std::vector<int>{1, 1, 1, 0}));
 }
 
 TEST(BufferSplit, LinesOutsideTheBoxAreLeftOut) {

@@ -20,6 +20,22 @@ std::shared_ptr<VectorBlob> twoPoints() {
     return producer.build();
 }
 
+std::shared_ptr<VectorBlob> fiftyPoints(COLORREF colour) {
+    VectorImageProducer producer;
+    const int dot = producer.addPointStyle(colour);
+    for (int i = 0; i < 50; ++i) producer.addPoint({i * 1.0, 0, 0}, dot);
+    return producer.build();
+}
+
+int filesIn(const kiv_test::TempDeviceRoot& root, const wchar_t* folder) {
+    int files = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(root.HostPath(folder))) {
+        (void)entry;
+        ++files;
+    }
+    return files;
+}
+
 }  // namespace
 
 TEST(VectorImageLibraryFolder, DropsOneTrailingBackslashAndCreatesTheFolder) {
@@ -77,27 +93,70 @@ TEST(VectorImageLibraryImages, AbsentOrMalformedFilesGiveNoImage) {
     EXPECT_EQ(log.count(), 10u);
 }
 
-TEST(VectorImageLibraryImages, ReplacesTheOldFileWholeOrNotAtAll) {
+TEST(VectorImageLibraryImages, ReadOnlyTargetRefusesAndLeavesTheImageFitToSaveAgain) {
     kiv_test::TempDeviceRoot root;
     VectorImageLibrary library(L"\\Maps");
     ASSERT_TRUE(library.saveImage(L"site.vec", twoPoints()));
     const std::string before = kiv_test::ReadFileBytes(root.HostPath(L"\\Maps\\site.vec"));
 
-    VectorImageProducer bigger;
-    const int dot = bigger.addPointStyle(0);
-    for (int i = 0; i < 50; ++i) bigger.addPoint({i * 1.0, 0, 0}, dot);
+    auto image = fiftyPoints(RGB(200, 100, 50));
     ASSERT_TRUE(SetFileAttributesW(L"\\Maps\\site.vec", FILE_ATTRIBUTE_READONLY));
-    EXPECT_FALSE(library.saveImage(L"site.vec", bigger.build()));
+    EXPECT_FALSE(library.saveImage(L"site.vec", image));
     EXPECT_EQ(kiv_test::ReadFileBytes(root.HostPath(L"\\Maps\\site.vec")), before);
-    int files = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(root.HostPath(L"\\Maps"))) {
-        (void)entry;
-        ++files;
-    }
-    EXPECT_EQ(files, 1);  // no temporary file left behind
+    EXPECT_EQ(filesIn(root, L"\\Maps"), 1);
 
+    // The refused image was not written, so its pointers are whole and it saves as new.
     ASSERT_TRUE(SetFileAttributesW(L"\\Maps\\site.vec", FILE_ATTRIBUTE_NORMAL));
-    EXPECT_TRUE(library.saveImage(L"site.vec", bigger.build()));
-    EXPECT_EQ(library.getImage(L"site.vec")->getPointCount(), 50u);
+    ASSERT_TRUE(library.saveImage(L"site.vec", image));
+    auto loaded = library.getImage(L"site.vec");
+    ASSERT_NE(loaded, nullptr);
+    EXPECT_EQ(loaded->getPointCount(), 50u);
+    TPointStyle style;
+    ASSERT_TRUE(loaded->getPointStyle(49, style));
+    EXPECT_EQ(style.colour, RGB(200, 100, 50));
+    EXPECT_EQ(filesIn(root, L"\\Maps"), 1);
     EXPECT_FALSE(library.saveImage(L"site.vec", nullptr));
+}
+
+TEST(VectorImageLibraryImages, TargetsThatCannotBeCreatedRefuseBeforeTheImageIsWritten) {
+    kiv_test::TempDeviceRoot root;
+    VectorImageLibrary library(L"\\Maps");
+    auto image = fiftyPoints(RGB(1, 2, 3));
+    ASSERT_TRUE(CreateDirectoryW(L"\\Maps\\folder.vec", nullptr));
+    EXPECT_FALSE(library.saveImage(L"folder.vec", image));
+    EXPECT_FALSE(library.saveImage(L"no such folder\\site.vec", image));
+
+    // A reader that denies writing holds the file: creating it would fail, so does saving.
+    ASSERT_TRUE(library.saveImage(L"held.vec", twoPoints()));
+    HANDLE reader = CreateFileW(L"\\Maps\\held.vec", GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                FILE_ATTRIBUTE_NORMAL, nullptr);
+    ASSERT_NE(reader, INVALID_HANDLE_VALUE);
+    EXPECT_FALSE(library.saveImage(L"held.vec", image));
+    CloseHandle(reader);
+
+    // A sibling name left behind by a folder is passed over.
+    ASSERT_TRUE(CreateDirectoryW(L"\\Maps\\site.vec.kivtmp", nullptr));
+    ASSERT_TRUE(library.saveImage(L"site.vec", image));
+    TPointStyle style;
+    ASSERT_TRUE(library.getImage(L"site.vec")->getPointStyle(0, style));
+    EXPECT_EQ(style.colour, RGB(1, 2, 3));
+    EXPECT_EQ(filesIn(root, L"\\Maps"), 4);  // folder.vec, held.vec, site.vec, site.vec.kivtmp
+}
+
+TEST(VectorImageLibraryImages, ANewFileThatCannotBePutInPlaceLeavesTheOldOneWhole) {
+    kiv_test::TempDeviceRoot root;
+    VectorImageLibrary library(L"\\Maps");
+    ASSERT_TRUE(library.saveImage(L"site.vec", twoPoints()));
+    const std::string before = kiv_test::ReadFileBytes(root.HostPath(L"\\Maps\\site.vec"));
+
+    // The reader lets others write but not rename over the file: the new file is
+    // written in full and then cannot replace the old one.
+    HANDLE reader = CreateFileW(L"\\Maps\\site.vec", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    ASSERT_NE(reader, INVALID_HANDLE_VALUE);
+    EXPECT_FALSE(library.saveImage(L"site.vec", fiftyPoints(RGB(7, 7, 7))));
+    CloseHandle(reader);
+    EXPECT_EQ(kiv_test::ReadFileBytes(root.HostPath(L"\\Maps\\site.vec")), before);
+    EXPECT_EQ(filesIn(root, L"\\Maps"), 1);  // no temporary file left behind
+    EXPECT_EQ(library.getImage(L"site.vec")->getPointCount(), 2u);
 }
