@@ -80,18 +80,18 @@ int RunVerify(const VerifyOptions& opts) {
 }
 
 kivutil::Registration reg(31, [](CLI::App& app, std::function<int()>& run) {
-    auto* history = app.add_subcommand("history", "append to or verify a checksummed history document");
+    auto* history = app.add_subcommand("history", "Append to or verify a checksummed history document");
     history->require_subcommand(1);
 
     auto append = std::make_shared<AppendOptions>();
-    auto* a = history->add_subcommand("append", "add one element and a new checksum, then close the document");
+    auto* a = history->add_subcommand("append", "Add one element and a new checksum, then close the document");
     a->add_option("file", append->file, "history document (made if missing)")->required();
     a->add_option("element", append->element, "element name")->required();
     a->add_option("text", append->text, "element text")->required();
     a->callback([&run, append] { run = [append] { return RunAppend(*append); }; });
 
     auto verify = std::make_shared<VerifyOptions>();
-    auto* v = history->add_subcommand("verify", "check every CheckSum element against the running checksum");
+    auto* v = history->add_subcommand("verify", "Check every CheckSum element against the running checksum");
     v->add_option("file", verify->file, "history document (UTF-16LE with BOM)")->required();
     v->callback([&run, verify] { run = [verify] { return RunVerify(*verify); }; });
 });

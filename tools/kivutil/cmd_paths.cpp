@@ -72,7 +72,7 @@ int RunPaths() {
 }
 
 kivutil::Registration reg(35, [](CLI::App& app, std::function<int()>& run) {
-    auto* sub = app.add_subcommand("paths", "the application's folders and file names as resolved on this host");
+    auto* sub = app.add_subcommand("paths", "The application's folders and file names as resolved on this host");
     sub->callback([&run] { run = [] { return RunPaths(); }; });
 });
 

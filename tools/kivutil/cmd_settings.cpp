@@ -183,7 +183,7 @@ int Delete(const SettingsOptions& o) {
 }
 
 kivutil::Registration reg(30, [](CLI::App& app, std::function<int()>& run) {
-    auto* settings = app.add_subcommand("settings", "show, read, write or delete entries of an XML settings file");
+    auto* settings = app.add_subcommand("settings", "Show, read, write or delete entries of an XML settings file");
     settings->require_subcommand(1);
     auto add = [&](const char* name, const char* help, bool withPath, int (*action)(const SettingsOptions&)) {
         auto opts = std::make_shared<SettingsOptions>();
@@ -193,10 +193,10 @@ kivutil::Registration reg(30, [](CLI::App& app, std::function<int()>& run) {
         sub->callback([&run, opts, action] { run = [opts, action] { return action(*opts); }; });
         return std::make_pair(sub, opts);
     };
-    add("show", "print the tree with value types", false, Show);
-    add("get", "print one value and its type", true, Get);
-    add("delete", "delete a value or a group", true, Delete);
-    auto [set, opts] = add("set", "write one value (the file is made if missing)", true, Set);
+    add("show", "Print the tree with value types", false, Show);
+    add("get", "Print one value and its type", true, Get);
+    add("delete", "Delete a value or a group", true, Delete);
+    auto [set, opts] = add("set", "Write one value (the file is made if missing)", true, Set);
     set->add_option("--int", opts->intValue, "a whole number");
     set->add_option("--double", opts->doubleValue, "a decimal number");
     set->add_option("--bool", opts->boolValue, "true or false");
