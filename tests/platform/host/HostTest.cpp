@@ -86,6 +86,19 @@ TEST(TextCodec, RoundTripsBeyondTheBasicPlane) {
     EXPECT_EQ(e, kiv_text::Encoding::Latin1);
 }
 
+TEST(TextCodec, AStrayByteInUtf8TextSpoilsOnlyItself) {
+    kiv_text::Encoding e;
+    // UTF-8 "Straße Про" with a Latin-1 "café" added and a sequence cut short at the end.
+    EXPECT_EQ(kiv_text::DecodeText("Stra\xC3\x9F" "e \xD0\x9F\xD1\x80\xD0\xBE caf\xE9 \xD0", &e),
+              L"Stra\u00DFe \u041F\u0440\u043E caf\u00E9 \u00D0");
+    EXPECT_EQ(e, kiv_text::Encoding::Utf8);
+    EXPECT_EQ(kiv_text::DecodeText("\xD0\x9F\xFF", &e), L"\u041F\u00FF");  // as many of each
+    EXPECT_EQ(e, kiv_text::Encoding::Utf8);
+    // Latin-1 text in which one pair happens to be valid UTF-8 stays Latin-1 throughout.
+    EXPECT_EQ(kiv_text::DecodeText("\xC4\xB0 K\xF6ln M\xFCnster", &e), L"\u00C4\u00B0 K\u00F6ln M\u00FCnster");
+    EXPECT_EQ(e, kiv_text::Encoding::Latin1);
+}
+
 TEST(Xlate, TranslatesOnlyAfterALanguageFileIsLoaded) {
     kiv_test::TempDeviceRoot root;
     EXPECT_STREQ(Xlate(L"ch"), L"ch");
