@@ -20,6 +20,14 @@ TEST(DevicePaths, MatchExistingComponentsIgnoringCase) {
     EXPECT_EQ(kiv_host::ToHostPath(L"relative.txt"), "relative.txt");
 }
 
+TEST(DevicePaths, MatchCaseInEveryScript) {
+    kiv_test::TempDeviceRoot root;
+    kiv_test::WriteFileBytes(root.path() + "/\u041F\u0440\u043E/\u0391\u03B8\u03AE\u03BD\u03B1 \u00C4.txt", "x");
+    // Про/Αθήνα Ä.txt found as про/ΑΘΉΝΑ ä.TXT
+    EXPECT_EQ(kiv_host::ToHostPath(L"\\\u043F\u0440\u043E\\\u0391\u0398\u0389\u039D\u0391 \u00E4.TXT"),
+              root.path() + "/\u041F\u0440\u043E/\u0391\u03B8\u03AE\u03BD\u03B1 \u00C4.txt");
+}
+
 TEST(DevicePaths, NeverClimbAboveTheDeviceRoot) {
     kiv_test::TempDeviceRoot root;
     EXPECT_EQ(kiv_host::ToHostPath(L"\\..\\..\\etc\\passwd"), root.path() + "/etc/passwd");
