@@ -148,12 +148,31 @@ std::wstring DecodeText(std::string_view bytes, Encoding* found) {
     } else if (bytes.size() >= 3 && bytes.substr(0, 3) == "\xEF\xBB\xBF") {
         enc = Encoding::Utf8Bom;
         text = FromUtf8(bytes.substr(3));
-    } else if (IsValidUtf8(bytes)) {
-        enc = Encoding::Utf8;
-        text = FromUtf8(bytes);
     } else {
-        enc = Encoding::Latin1;
-        text = FromLatin1(bytes);
+        // A byte that begins no UTF-8 sequence is taken for the Latin-1 character it
+        // would be, so a line added by a Latin-1 editor spoils only its own characters.
+        size_t sequences = 0, strays = 0;
+        text.reserve(bytes.size());
+        for (size_t i = 0; i < bytes.size();) {
+            char32_t c;
+            const size_t n = DecodeUtf8At(bytes, i, c);
+            if (n == 0) {
+                text.push_back(static_cast<wchar_t>(static_cast<unsigned char>(bytes[i])));
+                ++strays;
+                ++i;
+            } else {
+                text.push_back(static_cast<wchar_t>(c));
+                if (n > 1) ++sequences;
+                i += n;
+            }
+        }
+        enc = Encoding::Utf8;
+        // Mostly stray bytes: a Latin-1 file, in which a pair such as "\xC3\xA9" is two
+        // characters, not one.
+        if (strays > sequences) {
+            enc = Encoding::Latin1;
+            text = FromLatin1(bytes);
+        }
     }
     if (found) *found = enc;
     return text;

@@ -16,8 +16,12 @@ std::wstring FromUtf16Le(std::string_view bytes);    // no BOM expected; an odd 
 std::string ToLatin1(std::wstring_view text);        // characters beyond U+00FF become '?'
 std::wstring FromLatin1(std::string_view bytes);
 
-// Decodes a whole text file by its byte-order mark: FF FE is UTF-16LE, EF BB BF is UTF-8;
-// without a mark, valid UTF-8 is read as UTF-8 and anything else as Latin-1.
+// Decodes a whole text file by its byte-order mark: FF FE is UTF-16LE, EF BB BF is UTF-8.
+// Without a mark the text is UTF-8 as long as it holds at least as many UTF-8 sequences
+// beyond ASCII as stray bytes (bytes that begin no valid sequence): each stray byte then
+// reads as its Latin-1 character and the rest as UTF-8, and the encoding found is Utf8,
+// so that the next save in it writes the whole file as valid UTF-8. Text with more
+// stray bytes than sequences is Latin-1 throughout.
 enum class Encoding { Latin1, Utf8, Utf8Bom, Utf16LeBom };
 std::wstring DecodeText(std::string_view bytes, Encoding* found = nullptr);
 

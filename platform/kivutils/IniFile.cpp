@@ -1,7 +1,10 @@
 // INI text to records and back. A value keeps its text exactly, trailing blanks
 // included; only the blanks around '=' go, so a value's own leading blanks do not
-// survive a round trip (as with the device's own profile files).
+// survive a round trip (as with the device's own profile files). The reader makes only
+// records the writer accepts: a file read once can always be saved again.
 #include "platform/kivutils/IniFile.h"
+
+#include <algorithm>
 
 #include "platform/host/TextCodec.h"
 #include "platform/kivutils/FileFuncs.h"
@@ -20,16 +23,20 @@ std::wstring_view TrimBlanks(std::wstring_view text) {
 
 std::wstring Text(std::wstring_view view) { return std::wstring(view); }
 
+// `line` holds no line break.
 void ParseLine(std::wstring_view line, std::wstring& section, CThreeTupleStore& store) {
+    // The store keeps C strings: what follows a NUL would be cut from a name anyway, and
+    // a name cut short could end in a blank or come out empty, which no writer accepts.
+    line = line.substr(0, line.find(L'\0'));
     const std::wstring_view content = TrimBlanks(line);
     if (content.empty() || content.front() == L';' || content.front() == L'#') return;
     if (content.front() == L'[') {
+        // A header that never closes is no record either: its key would begin with '['.
         const size_t close = content.find(L']');
-        if (close != std::wstring_view::npos) {
-            section = Text(TrimBlanks(content.substr(1, close - 1)));
-            store.AddSection(section.c_str());
-            return;
-        }
+        if (close == std::wstring_view::npos) return;
+        section = Text(TrimBlanks(content.substr(1, close - 1)));
+        store.AddSection(section.c_str());
+        return;
     }
     const size_t equals = line.find(L'=');
     if (equals == std::wstring_view::npos) return;  // neither section nor record
@@ -94,29 +101,41 @@ void parseSettingsIni(std::string_view bytes, CThreeTupleStore& store, ETextEnco
     const std::wstring text = kiv_text::DecodeText(bytes, &found);
     encoding = EncodingOf(found);
     std::wstring section;
+    // A line ends at CR LF, LF or a CR of its own, so no text read holds a line break.
     std::wstring_view rest(text);
     while (!rest.empty()) {
-        const size_t end = rest.find(L'\n');
-        std::wstring_view line = rest.substr(0, end);
-        rest = end == std::wstring_view::npos ? std::wstring_view() : rest.substr(end + 1);
-        if (!line.empty() && line.back() == L'\r') line.remove_suffix(1);
-        ParseLine(line, section, store);
+        const size_t end = std::min(rest.find_first_of(L"\r\n"), rest.size());
+        ParseLine(rest.substr(0, end), section, store);
+        const bool crLf = end + 1 < rest.size() && rest[end] == L'\r' && rest[end + 1] == L'\n';
+        rest.remove_prefix(std::min(rest.size(), end + (crLf ? 2 : 1)));
     }
 }
 
-bool formatSettingsIni(const CThreeTupleStore& store, ETextEncoding encoding, std::string& bytes) {
+bool formatSettingsIni(const CThreeTupleStore& store, ETextEncoding encoding, std::string& bytes,
+                       ETextEncoding* written) {
     std::wstring text;
     if (!BuildText(store, text)) return false;
-    switch (encoding) {
-        case eEncodingAnsi: bytes = kiv_text::ToLatin1(text); break;
-        case eEncodingUtf8: bytes = kiv_text::ToUtf8(text); break;
-        case eEncodingUtf8Bom: bytes = "\xEF\xBB\xBF" + kiv_text::ToUtf8(text); break;
-        case eEncodingUtf16LE: bytes = "\xFF\xFE" + kiv_text::ToUtf16Le(text); break;
-        default: return false;
+    const auto encode = [&text](ETextEncoding e) {
+        switch (e) {
+            case eEncodingAnsi: return kiv_text::ToLatin1(text);
+            case eEncodingUtf8: return kiv_text::ToUtf8(text);
+            case eEncodingUtf8Bom: return "\xEF\xBB\xBF" + kiv_text::ToUtf8(text);
+            default: return "\xFF\xFE" + kiv_text::ToUtf16Le(text);
+        }
+    };
+    if (encoding < eEncodingAnsi || encoding > eEncodingUtf8Bom) return false;
+    // Text the reader would not see again in the encoding asked for (a character it
+    // lacks, ANSI text that reads as UTF-8, a leading U+FEFF taken for a byte-order mark)
+    // goes out as UTF-16LE, which holds every character: a setting is never lost because
+    // the file it belongs to was once saved by a Latin-1 editor.
+    for (const ETextEncoding e : {encoding, eEncodingUtf16LE}) {
+        std::string encoded = encode(e);
+        if (kiv_text::DecodeText(encoded) != text) continue;
+        bytes = std::move(encoded);
+        if (written) *written = e;
+        return true;
     }
-    // What the reader would not see again is refused: a character the encoding lacks,
-    // ANSI text that reads as UTF-8, a leading U+FEFF taken for a byte-order mark.
-    return kiv_text::DecodeText(bytes) == text;
+    return false;  // a character no encoding has, such as a lone surrogate
 }
 
 bool readSettingsAsIni(const wchar_t* path, CThreeTupleStore& store, ETextEncoding& encoding) {
@@ -141,10 +160,14 @@ bool readSettingsAsIni(const wchar_t* path, CThreeTupleStore& store, ETextEncodi
     return true;
 }
 
-bool writeSettingsAsIni(const wchar_t* path, const CThreeTupleStore& store, ETextEncoding encoding) {
+bool writeSettingsAsIni(const wchar_t* path, const CThreeTupleStore& store, ETextEncoding encoding,
+                        ETextEncoding* written) {
     std::string bytes;
-    if (!formatSettingsIni(store, encoding, bytes)) return false;
-    return FileFuncs::WriteWholeFile(path, bytes);
+    ETextEncoding used = encoding;
+    if (!formatSettingsIni(store, encoding, bytes, &used)) return false;
+    if (!FileFuncs::WriteWholeFile(path, bytes)) return false;
+    if (written) *written = used;
+    return true;
 }
 
 }  // namespace kiv_settings

@@ -62,16 +62,21 @@ wchar_t NumericReference(std::wstring_view body) {
     return static_cast<wchar_t>(value);
 }
 
+// The longest reference body: '#x' and eight digits.
+constexpr size_t kMaxReferenceBody = 10;
+
 // Resolves the five predefined entities and numeric references; anything else that
-// begins with '&' stays as it stands.
+// begins with '&' stays as it stands. The ';' is looked for only as far as the longest
+// reference reaches, so a value of nothing but '&' is still read in linear time.
 std::wstring Unescape(std::wstring_view text) {
     std::wstring out;
     out.reserve(text.size());
     for (size_t i = 0; i < text.size(); ++i) {
         if (text[i] == L'&') {
-            const size_t semicolon = text.find(L';', i + 1);
-            if (semicolon != std::wstring_view::npos && semicolon - i <= 11) {
-                const std::wstring_view body = text.substr(i + 1, semicolon - i - 1);
+            const size_t found = text.substr(i + 1, kMaxReferenceBody + 1).find(L';');
+            if (found != std::wstring_view::npos) {
+                const size_t semicolon = i + 1 + found;
+                const std::wstring_view body = text.substr(i + 1, found);
                 wchar_t c = 0;
                 if (body == L"amp") c = L'&';
                 else if (body == L"lt") c = L'<';

@@ -101,6 +101,11 @@ void SetHidden(const std::string& hostPath, bool hidden) {
     else ::removexattr(hostPath.c_str(), kHiddenXattr);
 }
 
+void SetHidden(int fd, bool hidden) {
+    if (hidden) ::fsetxattr(fd, kHiddenXattr, "1", 1, 0);
+    else ::fremovexattr(fd, kHiddenXattr);
+}
+
 DWORD AttributesOf(const std::string& hostPath, const struct stat& st) {
     // Regular files always read as changed since the last backup: the host keeps no archive bit.
     DWORD attributes = S_ISDIR(st.st_mode) ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE;
@@ -214,6 +219,13 @@ int OpenDescriptor(const std::string& hostPath, int flags, mode_t mode) {
     return fd;
 }
 
+// A handle that only writes may open a file that nobody may read.
+int OpenForAccess(const std::string& hostPath, int flags, mode_t mode, bool reads) {
+    const int fd = OpenDescriptor(hostPath, flags, mode);
+    if (fd >= 0 || errno != EACCES || !(flags & O_RDWR) || reads) return fd;
+    return OpenDescriptor(hostPath, (flags & ~O_RDWR) | O_WRONLY, mode);
+}
+
 // Opens a descriptor as CreateFileW would, claims its share mode and reports the
 // Win32 error; -1 on failure.
 int OpenShared(LPCWSTR name, const OpenRequest& request) {
@@ -228,28 +240,38 @@ int OpenShared(LPCWSTR name, const OpenRequest& request) {
     if (creates) EnsureDeviceRoot(name);
 
     const std::string host = kiv_host::ToHostPath(name);
-    struct stat st;
-    const bool exists = ::stat(host.c_str(), &st) == 0;
-    if (exists && S_ISDIR(st.st_mode)) return Fail(ERROR_ACCESS_DENIED, -1);
-    if (exists && how == CREATE_NEW) return Fail(ERROR_FILE_EXISTS, -1);
-    if (!exists && !creates) return Fail(ErrorFromErrno(ENOENT, host), -1);
-    const bool truncates = exists && (how == CREATE_ALWAYS || how == TRUNCATE_EXISTING);
-    // The read-only attribute binds everybody, also a host user who could override it.
-    if (exists && IsReadOnly(st) && (writes || truncates)) return Fail(ERROR_ACCESS_DENIED, -1);
-
-    int flags = writes || truncates ? O_RDWR : O_RDONLY;
-    if (!exists) flags |= how == CREATE_NEW ? O_CREAT | O_EXCL : O_CREAT;
+    const bool mayTruncate = how == CREATE_ALWAYS || how == TRUNCATE_EXISTING;
+    int flags = writes || mayTruncate ? O_RDWR : O_RDONLY;
     if (request.append) flags |= O_APPEND;
     const mode_t mode = request.attributes & FILE_ATTRIBUTE_READONLY ? 0444 : 0666;
-    int fd = OpenDescriptor(host, flags, mode);
-    if (fd < 0 && errno == EACCES && (flags & O_RDWR) && !reads) {
-        fd = OpenDescriptor(host, (flags & ~O_RDWR) | O_WRONLY, mode);  // write-only file
+    // Creating exclusively first and opening what is there only when that fails leaves no
+    // moment in which another process could make or remove the name between test and open.
+    bool created = false;
+    int fd = -1;
+    for (int attempt = 0; attempt < 16; ++attempt) {
+        if (creates) {
+            fd = OpenForAccess(host, flags | O_CREAT | O_EXCL, mode, reads);
+            if (fd >= 0) {
+                created = true;
+                break;
+            }
+            if (errno != EEXIST) break;
+            if (how == CREATE_NEW) return Fail(IsDirectory(host) ? ERROR_ACCESS_DENIED : ERROR_FILE_EXISTS, -1);
+        }
+        fd = OpenForAccess(host, flags, mode, reads);
+        if (fd >= 0 || errno != ENOENT || !creates) break;  // else removed meanwhile: create it
     }
-    if (fd < 0) return Fail(errno == EEXIST ? ERROR_FILE_EXISTS : ErrorFromErrno(errno, host), -1);
+    if (fd < 0) return Fail(ErrorFromErrno(errno, host), -1);
 
     struct stat opened;
     if (::fstat(fd, &opened) != 0 || !S_ISREG(opened.st_mode)) {
-        ::close(fd);  // devices, pipes and sockets are not files of the device
+        ::close(fd);  // folders, devices, pipes and sockets are not files of the device
+        return Fail(ERROR_ACCESS_DENIED, -1);
+    }
+    const bool truncates = !created && mayTruncate;
+    // The read-only attribute binds everybody, also a host user who could override it.
+    if (!created && IsReadOnly(opened) && (writes || truncates)) {
+        ::close(fd);
         return Fail(ERROR_ACCESS_DENIED, -1);
     }
     ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) & ~O_NONBLOCK);
@@ -262,9 +284,17 @@ int OpenShared(LPCWSTR name, const OpenRequest& request) {
         ::close(fd);
         return Fail(ErrorFromErrno(error, host), -1);
     }
-    if (!exists && (request.attributes & FILE_ATTRIBUTE_HIDDEN)) SetHidden(host, true);
-    SetLastError(exists && (how == CREATE_ALWAYS || how == OPEN_ALWAYS) ? ERROR_ALREADY_EXISTS
-                                                                        : ERROR_SUCCESS);
+    // A file made anew takes the attributes asked for, also when it replaces an old one
+    // (whose hidden and read-only flags go with its content); a truncated one keeps its own.
+    const bool hidden = request.attributes & FILE_ATTRIBUTE_HIDDEN;
+    if (created && hidden) SetHidden(fd, true);
+    if (!created && how == CREATE_ALWAYS) {
+        SetHidden(fd, hidden);
+        if (request.attributes & FILE_ATTRIBUTE_READONLY) {
+            ::fchmod(fd, opened.st_mode & 07777 & ~mode_t(0222));  // this handle still writes
+        }
+    }
+    SetLastError(!created && (how == CREATE_ALWAYS || how == OPEN_ALWAYS) ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
     return fd;
 }
 
@@ -398,6 +428,10 @@ DWORD SetFilePointer(HANDLE handle, LONG distance, PLONG distanceHigh, DWORD mov
     if (move > 0 && from > std::numeric_limits<off_t>::max() - move) {
         return Fail(ERROR_INVALID_PARAMETER, INVALID_SET_FILE_POINTER);
     }
+    // Without a high word the position must fit the low one, short of the failure value.
+    if (!distanceHigh && from + move >= off_t(INVALID_SET_FILE_POINTER)) {
+        return Fail(ERROR_INVALID_PARAMETER, INVALID_SET_FILE_POINTER);
+    }
     const off_t position = ::lseek(file->fd, from + move, SEEK_SET);
     if (position < 0) return Fail(ErrorFromErrno(errno, ""), INVALID_SET_FILE_POINTER);
     if (distanceHigh) *distanceHigh = static_cast<LONG>(static_cast<std::uint64_t>(position) >> 32);
@@ -448,7 +482,9 @@ BOOL SetFileAttributesW(LPCWSTR fileName, DWORD attributes) {
     struct stat st;
     if (::stat(host.c_str(), &st) != 0) return Fail(ErrorFromErrno(errno, host), FALSE);
     const mode_t permissions = st.st_mode & 07777;
-    const mode_t wanted = attributes & FILE_ATTRIBUTE_READONLY
+    // Folders have no read-only attribute of their own: what they contain stays writable.
+    const mode_t wanted = S_ISDIR(st.st_mode) ? permissions
+                          : attributes & FILE_ATTRIBUTE_READONLY
                               ? permissions & ~mode_t(0222)
                               : (IsReadOnly(st) ? permissions | S_IWUSR : permissions);
     if (wanted != permissions && ::chmod(host.c_str(), wanted) != 0) {

@@ -56,18 +56,23 @@ constexpr DWORD ERROR_DIRECTORY = 267;
 struct OVERLAPPED;
 using LPOVERLAPPED = OVERLAPPED*;
 
+// CREATE_ALWAYS over an existing file gives it the hidden and read-only attributes asked
+// for in place of its own; TRUNCATE_EXISTING keeps them.
 HANDLE CreateFileW(LPCWSTR fileName, DWORD desiredAccess, DWORD shareMode,
                    LPSECURITY_ATTRIBUTES security, DWORD creationDisposition,
                    DWORD flagsAndAttributes, HANDLE templateFile);
 BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD bytesToRead, LPDWORD bytesRead, LPOVERLAPPED overlapped);
 BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD bytesToWrite, LPDWORD bytesWritten,
                LPOVERLAPPED overlapped);
+// Without `distanceHigh` a position must fit below INVALID_SET_FILE_POINTER, else the call
+// fails with ERROR_INVALID_PARAMETER and the position stays.
 DWORD SetFilePointer(HANDLE file, LONG distance, PLONG distanceHigh, DWORD moveMethod);
 DWORD GetFileSize(HANDLE file, LPDWORD fileSizeHigh);
 BOOL SetEndOfFile(HANDLE file);
 BOOL FlushFileBuffers(HANDLE file);
 
 DWORD GetFileAttributesW(LPCWSTR fileName);
+// Folders take the hidden attribute but not the read-only one.
 BOOL SetFileAttributesW(LPCWSTR fileName, DWORD attributes);
 BOOL MoveFileW(LPCWSTR existingName, LPCWSTR newName);
 BOOL MoveFileExW(LPCWSTR existingName, LPCWSTR newName, DWORD flags);

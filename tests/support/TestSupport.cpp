@@ -1,5 +1,8 @@
 #include "tests/support/TestSupport.h"
 
+#include <sys/xattr.h>
+#include <unistd.h>
+
 #include <clocale>
 #include <cstdlib>
 #include <filesystem>
@@ -61,6 +64,19 @@ void WriteFileBytes(const std::string& hostPath, const std::string& bytes) {
     std::filesystem::create_directories(std::filesystem::path(hostPath).parent_path());
     std::ofstream out(hostPath, std::ios::binary | std::ios::trunc);
     out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+bool TempFolderKeepsUserAttributes() {
+    static const bool keeps = [] {
+        std::string file = (std::filesystem::temp_directory_path() / "kivtest-xattr-XXXXXX").string();
+        const int fd = ::mkstemp(file.data());
+        if (fd < 0) return false;
+        const bool set = ::fsetxattr(fd, "user.kiv.probe", "1", 1, 0) == 0;
+        ::close(fd);
+        ::unlink(file.c_str());
+        return set;
+    }();
+    return keeps;
 }
 
 }  // namespace kiv_test

@@ -53,6 +53,10 @@ private:
     bool ok_ = false;
 };
 
+// Whether the temporary folder's file system keeps user extended attributes, where the
+// hidden flag lives; asked once. Tests of the hidden flag skip where it does not.
+bool TempFolderKeepsUserAttributes();
+
 std::string ReadFileBytes(const std::string& hostPath);
 void WriteFileBytes(const std::string& hostPath, const std::string& bytes);
 

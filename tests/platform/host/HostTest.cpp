@@ -20,6 +20,14 @@ TEST(DevicePaths, MatchExistingComponentsIgnoringCase) {
     EXPECT_EQ(kiv_host::ToHostPath(L"relative.txt"), "relative.txt");
 }
 
+TEST(DevicePaths, MatchCaseInEveryScript) {
+    kiv_test::TempDeviceRoot root;
+    kiv_test::WriteFileBytes(root.path() + "/\u041F\u0440\u043E/\u0391\u03B8\u03AE\u03BD\u03B1 \u00C4.txt", "x");
+    // Про/Αθήνα Ä.txt found as про/ΑΘΉΝΑ ä.TXT
+    EXPECT_EQ(kiv_host::ToHostPath(L"\\\u043F\u0440\u043E\\\u0391\u0398\u0389\u039D\u0391 \u00E4.TXT"),
+              root.path() + "/\u041F\u0440\u043E/\u0391\u03B8\u03AE\u03BD\u03B1 \u00C4.txt");
+}
+
 TEST(DevicePaths, NeverClimbAboveTheDeviceRoot) {
     kiv_test::TempDeviceRoot root;
     EXPECT_EQ(kiv_host::ToHostPath(L"\\..\\..\\etc\\passwd"), root.path() + "/etc/passwd");
@@ -83,6 +91,19 @@ TEST(TextCodec, RoundTripsBeyondTheBasicPlane) {
     EXPECT_EQ(kiv_text::DecodeText(std::string("\xFF\xFE" "a\0", 4), &e), L"a");
     EXPECT_EQ(e, kiv_text::Encoding::Utf16LeBom);
     EXPECT_EQ(kiv_text::DecodeText("caf\xE9", &e), L"caf\u00E9");
+    EXPECT_EQ(e, kiv_text::Encoding::Latin1);
+}
+
+TEST(TextCodec, AStrayByteInUtf8TextSpoilsOnlyItself) {
+    kiv_text::Encoding e;
+    // UTF-8 "Straße Про" with a Latin-1 "café" added and a sequence cut short at the end.
+    EXPECT_EQ(kiv_text::DecodeText("Stra\xC3\x9F" "e \xD0\x9F\xD1\x80\xD0\xBE caf\xE9 \xD0", &e),
+              L"Stra\u00DFe \u041F\u0440\u043E caf\u00E9 \u00D0");
+    EXPECT_EQ(e, kiv_text::Encoding::Utf8);
+    EXPECT_EQ(kiv_text::DecodeText("\xD0\x9F\xFF", &e), L"\u041F\u00FF");  // as many of each
+    EXPECT_EQ(e, kiv_text::Encoding::Utf8);
+    // Latin-1 text in which one pair happens to be valid UTF-8 stays Latin-1 throughout.
+    EXPECT_EQ(kiv_text::DecodeText("\xC4\xB0 K\xF6ln M\xFCnster", &e), L"\u00C4\u00B0 K\u00F6ln M\u00FCnster");
     EXPECT_EQ(e, kiv_text::Encoding::Latin1);
 }
 

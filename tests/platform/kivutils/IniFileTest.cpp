@@ -105,6 +105,24 @@ TEST(IniReading, ReportsTheEncodingItFound) {
     const auto store = Parse("[S]\nk=\xE9\n", &found);
     EXPECT_EQ(found, kiv_settings::eEncodingAnsi);
     EXPECT_EQ(store.GetValue(L"S", L"k"), L"\u00E9");
+    // A UTF-8 file with a line from a Latin-1 editor: UTF-8, the stray byte as Latin-1.
+    const auto mixed = Parse("[S]\nk=\xD0\x9F\xD1\x80\xD0\xBE\nm=caf\xE9\n", &found);
+    EXPECT_EQ(found, kiv_settings::eEncodingUtf8);
+    EXPECT_EQ(mixed.GetValue(L"S", L"k"), L"\u041F\u0440\u043E");
+    EXPECT_EQ(mixed.GetValue(L"S", L"m"), L"caf\u00E9");
+}
+
+TEST(IniReading, EndsLinesAtLoneReturnsAndSkipsUnclosedHeaders) {
+    using namespace std::string_literals;
+    const auto store = Parse("[S]\r\nk=v\r\r\n[broken=1\r\na=1\rb=2\r[T]\rc=3\nz \0=x\nq=1\0 2\r\n"s);
+    ASSERT_EQ(store.GetSectionCount(), 2);
+    ASSERT_EQ(store.GetKeyCount(0), 3);
+    EXPECT_EQ(store.GetValue(L"S", L"k"), L"v");
+    EXPECT_EQ(store.GetValue(L"S", L"a"), L"1");
+    EXPECT_EQ(store.GetValue(L"S", L"b"), L"2");
+    ASSERT_EQ(store.GetKeyCount(1), 2);
+    EXPECT_EQ(store.GetValue(L"T", L"c"), L"3");
+    EXPECT_EQ(store.GetValue(L"T", L"q"), L"1");  // the rest of a line after a NUL is ignored
 }
 
 class IniFiles : public ::testing::Test {
@@ -203,11 +221,72 @@ TEST_F(IniFiles, RefusesWhatCannotBeReadBackAndLeavesTheFile) {
     EXPECT_TRUE(refuses(L"S", L" k", L"x"));
     EXPECT_TRUE(refuses(L"S", L"", L"x"));
     EXPECT_TRUE(refuses(L"a]b", L"k", L"x"));
-    EXPECT_TRUE(refuses(L"S", L"k", L"\u20AC", kiv_settings::eEncodingAnsi));
-    EXPECT_TRUE(refuses(L"S", L"k", L"\u00C3\u00A9", kiv_settings::eEncodingAnsi));  // would read as UTF-8
-    EXPECT_TRUE(refuses(L"", L"\uFEFFk", L"x", kiv_settings::eEncodingUtf8));      // would read as a mark
+    EXPECT_TRUE(refuses(L"S", L"k", L"lone \xD800 surrogate", kiv_settings::eEncodingUtf8));
     EXPECT_TRUE(refuses(L"S", L"k", L"x", static_cast<ETextEncoding>(9)));
     EXPECT_EQ(kiv_test::ReadFileBytes(root.path() + "/a.ini"), "[S]\r\nk=old\r\n");
+}
+
+TEST_F(IniFiles, TextAnEncodingCannotHoldIsWrittenAsUtf16) {
+    // A remembered folder added to a file a Latin-1 editor once saved.
+    kiv_test::WriteFileBytes(root.path() + "/a.ini", "[LAST_SELECTED_FILE_PATH]\r\nImage=\\K\xF6ln\r\n");
+    CThreeTupleStore store;
+    ETextEncoding encoding;
+    ASSERT_TRUE(kiv_settings::readSettingsAsIni(L"\\a.ini", store, encoding));
+    ASSERT_EQ(encoding, kiv_settings::eEncodingAnsi);
+    store.SetValue(L"LAST_SELECTED_FILE_PATH", L"DTM", L"\\Storage Card\\\u041F");
+    ETextEncoding written = kiv_settings::eEncodingAnsi;
+    ASSERT_TRUE(kiv_settings::writeSettingsAsIni(L"\\a.ini", store, encoding, &written));
+    EXPECT_EQ(written, kiv_settings::eEncodingUtf16LE);
+    EXPECT_EQ(kiv_test::ReadFileBytes(root.path() + "/a.ini").substr(0, 2), "\xFF\xFE");
+    CThreeTupleStore back;
+    ASSERT_TRUE(kiv_settings::readSettingsAsIni(L"\\a.ini", back, encoding));
+    EXPECT_EQ(encoding, kiv_settings::eEncodingUtf16LE);
+    EXPECT_TRUE(back == store);
+    EXPECT_EQ(back.GetValue(L"LAST_SELECTED_FILE_PATH", L"DTM"), L"\\Storage Card\\\u041F");
+
+    // Also text that would read back otherwise: ANSI bytes that are valid UTF-8, a leading
+    // U+FEFF that would read as a mark.
+    const auto writtenAs = [](const wchar_t* key, const wchar_t* value, ETextEncoding asked) {
+        CThreeTupleStore one;
+        one.SetValue(L"", key, value);
+        std::string bytes;
+        ETextEncoding used = asked;
+        EXPECT_TRUE(kiv_settings::formatSettingsIni(one, asked, bytes, &used));
+        return used;
+    };
+    EXPECT_EQ(writtenAs(L"k", L"\u00C3\u00A9", kiv_settings::eEncodingAnsi), kiv_settings::eEncodingUtf16LE);
+    EXPECT_EQ(writtenAs(L"\uFEFFk", L"x", kiv_settings::eEncodingUtf8), kiv_settings::eEncodingUtf16LE);
+    EXPECT_EQ(writtenAs(L"k", L"K\u00F6ln", kiv_settings::eEncodingAnsi), kiv_settings::eEncodingAnsi);
+}
+
+TEST_F(IniFiles, WhateverWasReadCanBeSavedAgain) {
+    // Stray returns, an unclosed header and a UTF-8 file with a Latin-1 line: after one
+    // more setting the file still saves and reads back as it was stored.
+    kiv_test::WriteFileBytes(root.path() + "/a.ini",
+                             "[Columns]\r\norder=Name Code\r\r\n[broken=1\r\nwidth=40\rName=\xD0\x9F\xD1\x80\xD0\xBE "
+                             "caf\xE9\r\n");
+    CThreeTupleStore store;
+    ETextEncoding encoding;
+    ASSERT_TRUE(kiv_settings::readSettingsAsIni(L"\\a.ini", store, encoding));
+    store.SetValue(L"Columns", L"hidden", L"Code");
+    ASSERT_TRUE(kiv_settings::writeSettingsAsIni(L"\\a.ini", store, encoding));
+    CThreeTupleStore back;
+    ASSERT_TRUE(kiv_settings::readSettingsAsIni(L"\\a.ini", back, encoding));
+    EXPECT_TRUE(back == store);
+    EXPECT_EQ(encoding, kiv_settings::eEncodingUtf8);
+    EXPECT_EQ(back.GetValue(L"Columns", L"order"), L"Name Code");
+    EXPECT_EQ(back.GetValue(L"Columns", L"Name"), L"\u041F\u0440\u043E caf\u00E9");
+    EXPECT_EQ(back.GetKeyCount(0), 4);
+}
+
+TEST_F(IniFiles, AValuesLeadingBlanksAreWrittenButNotReadBack) {
+    CThreeTupleStore store;
+    store.SetValue(L"S", L"k", L"  lead and trail  ");
+    ASSERT_TRUE(kiv_settings::writeSettingsAsIni(L"\\a.ini", store, kiv_settings::eEncodingUtf8));
+    CThreeTupleStore back;
+    ETextEncoding encoding;
+    ASSERT_TRUE(kiv_settings::readSettingsAsIni(L"\\a.ini", back, encoding));
+    EXPECT_EQ(back.GetValue(L"S", L"k"), L"lead and trail  ");
 }
 
 TEST_F(IniFiles, AFailedRenameLeavesTheOldFileIntact) {

@@ -79,6 +79,19 @@ TEST(XmlAttributes, ReadsQuotedUnquotedAndSpacedForms) {
 TEST(XmlAttributes, ResolvesReferencesAndKeepsWhatIsNoReference) {
     EXPECT_EQ(CXmlParser::ReadAttrib(L"v=\"&#x41;&#66;&lt;&apos;&#0;&#xD800;&#99999999999;&\"", L"v"),
               L"AB<'&#0;&#xD800;&#99999999999;&");
+    // The longest reference, '#x' and eight digits, is still one.
+    EXPECT_EQ(CXmlParser::ReadAttrib(L"v=\"&#x0010FFFF;&#x00010FFFF;\"", L"v"), L"\U0010FFFF&#x00010FFFF;");
+}
+
+TEST(XmlAttributes, ReadALongRunOfAmpersandsInLinearTime) {
+    // Eight million characters: a reader that looks for each '&''s ';' to the end of the
+    // value needs hours here and runs into the test's time limit.
+    const std::wstring run(size_t(1) << 23, L'&');
+    const CKivStringT attributes(L"v=\"" + run + L"&lt;&#x41;\"");
+    const CKivStringT value = CXmlParser::ReadAttrib(attributes, L"v");
+    ASSERT_EQ(static_cast<size_t>(value.GetLength()), run.size() + 2);
+    EXPECT_EQ(value.view().substr(run.size()), L"<A");
+    EXPECT_EQ(value.view().find_first_not_of(L'&'), run.size());
 }
 
 TEST(XmlAttributes, StopsAtMalformedText) {

@@ -4,9 +4,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <filesystem>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -150,9 +153,49 @@ TEST_F(Files, OpenAlwaysKeepsTheContentAndTruncateExistingEmptiesIt) {
     EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
 }
 
+TEST_F(Files, OfOpenersRacingForANewNameExactlyOneCreatesIt) {
+    constexpr int kOpeners = 4;
+    for (int round = 0; round < 100; ++round) {
+        const std::wstring name = L"\\race" + std::to_wstring(round) + L".txt";
+        std::atomic<int> ready{0}, creators{0}, failures{0};
+        std::vector<std::thread> openers;
+        for (int i = 0; i < kOpeners; ++i) {
+            openers.emplace_back([&] {
+                for (++ready; ready < kOpeners;) std::this_thread::yield();
+                HANDLE h = Open(name.c_str(), GENERIC_WRITE, kShareAll, OPEN_ALWAYS);
+                if (h == INVALID_HANDLE_VALUE) ++failures;
+                else if (GetLastError() == ERROR_SUCCESS) ++creators;
+                CloseHandle(h);
+            });
+        }
+        for (auto& t : openers) t.join();
+        ASSERT_EQ(failures, 0);
+        ASSERT_EQ(creators, 1) << "round " << round;
+    }
+}
+
+TEST_F(Files, OpenAlwaysNeverMissesAFileThatAnotherThreadDeletes) {
+    std::atomic<bool> stop{false};
+    std::thread deleter([&stop] {
+        while (!stop) DeleteFileW(L"\\gone.txt");
+    });
+    int failures = 0;
+    for (int i = 0; i < 5000; ++i) {
+        HANDLE h = Open(L"\\gone.txt", GENERIC_READ, kShareAll, OPEN_ALWAYS);
+        if (h == INVALID_HANDLE_VALUE) ++failures;
+        CloseHandle(h);
+    }
+    stop = true;
+    deleter.join();
+    EXPECT_EQ(failures, 0);
+}
+
 TEST_F(Files, RefusesToOpenAFolderAsAFile) {
-    EXPECT_EQ(Open(L"\\Storage Card", GENERIC_READ, kShareAll, OPEN_EXISTING), INVALID_HANDLE_VALUE);
-    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    for (DWORD how : {OPEN_EXISTING, OPEN_ALWAYS, CREATE_NEW, CREATE_ALWAYS}) {
+        EXPECT_EQ(Open(L"\\Storage Card", GENERIC_READ, kShareAll, how), INVALID_HANDLE_VALUE);
+        EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED) << how;
+    }
+    EXPECT_TRUE(std::filesystem::is_directory(root.path() + "/Storage Card"));
 }
 
 // ---- reading, writing, positions -----------------------------------------------------------------
@@ -218,6 +261,27 @@ TEST_F(Files, CarriesPositionsBeyondFourGigabytesInTheHighWord) {
     EXPECT_EQ(high, 1);
     high = 0;
     EXPECT_EQ(SetFilePointer(h, 0, &high, FILE_CURRENT), 16u);
+    EXPECT_EQ(high, 1);
+    CloseHandle(h);
+}
+
+TEST_F(Files, WithoutAHighWordAPositionMustFitInThirtyTwoBits) {
+    Put(L"\\f.txt", "x");
+    HANDLE h = Open(L"\\f.txt", GENERIC_READ, 0, OPEN_EXISTING);
+    LONG high = 0;
+    EXPECT_EQ(SetFilePointer(h, -2, &high, FILE_BEGIN), 0xFFFFFFFEu);  // the low word 0xFFFFFFFE
+    EXPECT_EQ(SetFilePointer(h, 0, nullptr, FILE_CURRENT), 0xFFFFFFFEu);
+    EXPECT_EQ(GetLastError(), NO_ERROR);
+    EXPECT_EQ(SetFilePointer(h, 1, nullptr, FILE_CURRENT), INVALID_SET_FILE_POINTER);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(SetFilePointer(h, 18, nullptr, FILE_CURRENT), INVALID_SET_FILE_POINTER);
+    EXPECT_EQ(SetFilePointer(h, 0, nullptr, FILE_CURRENT), 0xFFFFFFFEu);
+    high = 1;
+    EXPECT_EQ(SetFilePointer(h, 16, &high, FILE_BEGIN), 16u);
+    EXPECT_EQ(SetFilePointer(h, 0, nullptr, FILE_CURRENT), INVALID_SET_FILE_POINTER);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    high = 0;
+    EXPECT_EQ(SetFilePointer(h, 0, &high, FILE_CURRENT), 16u);  // refusals leave the position
     EXPECT_EQ(high, 1);
     CloseHandle(h);
 }
@@ -359,12 +423,50 @@ TEST_F(Files, ReadOnlyFilesRefuseWritingAndDeletingUntilCleared) {
 }
 
 TEST_F(Files, KeepsTheHiddenFlagOfFilesAndFolders) {
+    if (!kiv_test::TempFolderKeepsUserAttributes()) GTEST_SKIP() << "no user extended attributes here";
     ASSERT_TRUE(SetFileAttributesW(L"\\Storage Card", FILE_ATTRIBUTE_HIDDEN));
     EXPECT_EQ(GetFileAttributesW(L"\\Storage Card"), FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_HIDDEN);
     CloseHandle(Open(L"\\h.txt", GENERIC_WRITE, 0, CREATE_NEW, FILE_ATTRIBUTE_HIDDEN));
     EXPECT_EQ(GetFileAttributesW(L"\\h.txt"), FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN);
     ASSERT_TRUE(SetFileAttributesW(L"\\h.txt", FILE_ATTRIBUTE_NORMAL));
     EXPECT_EQ(GetFileAttributesW(L"\\h.txt"), FILE_ATTRIBUTE_ARCHIVE);
+}
+
+TEST_F(Files, ReplacingAFileGivesItTheAttributesAskedForAndTruncatingKeepsItsOwn) {
+    if (!kiv_test::TempFolderKeepsUserAttributes()) GTEST_SKIP() << "no user extended attributes here";
+    Put(L"\\f.txt", "old");
+    ASSERT_TRUE(SetFileAttributesW(L"\\f.txt", FILE_ATTRIBUTE_HIDDEN));
+    CloseHandle(Open(L"\\f.txt", GENERIC_WRITE, 0, TRUNCATE_EXISTING));
+    EXPECT_EQ(GetFileAttributesW(L"\\f.txt"), FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN);
+    CloseHandle(Open(L"\\f.txt", GENERIC_WRITE, 0, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL));
+    EXPECT_EQ(GetFileAttributesW(L"\\f.txt"), FILE_ATTRIBUTE_ARCHIVE);
+    CloseHandle(Open(L"\\f.txt", GENERIC_WRITE, 0, CREATE_ALWAYS, FILE_ATTRIBUTE_HIDDEN));
+    EXPECT_EQ(GetFileAttributesW(L"\\f.txt"), FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN);
+    // A stream opened for writing replaces the file the same way, asking for no attribute.
+    std::fclose(_wfopen(L"\\f.txt", L"wb"));
+    EXPECT_EQ(GetFileAttributesW(L"\\f.txt"), FILE_ATTRIBUTE_ARCHIVE);
+}
+
+TEST_F(Files, ReplacingAFileAsReadOnlyLeavesItReadOnlyButWritableThroughTheHandle) {
+    Put(L"\\f.txt", "old content");
+    HANDLE h = Open(L"\\f.txt", GENERIC_WRITE, 0, CREATE_ALWAYS, FILE_ATTRIBUTE_READONLY);
+    ASSERT_NE(h, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
+    DWORD n = 0;
+    EXPECT_TRUE(WriteFile(h, "new", 3, &n, nullptr));
+    CloseHandle(h);
+    EXPECT_EQ(Get(L"\\f.txt"), "new");
+    EXPECT_EQ(GetFileAttributesW(L"\\f.txt"), FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_READONLY);
+    EXPECT_EQ(Open(L"\\f.txt", GENERIC_WRITE, 0, OPEN_EXISTING), INVALID_HANDLE_VALUE);
+}
+
+TEST_F(Files, FoldersIgnoreTheReadOnlyAttribute) {
+    ASSERT_TRUE(SetFileAttributesW(L"\\Storage Card", FILE_ATTRIBUTE_READONLY));
+    EXPECT_EQ(GetFileAttributesW(L"\\Storage Card"), FILE_ATTRIBUTE_DIRECTORY);
+    const auto permissions = std::filesystem::status(root.path() + "/Storage Card").permissions();
+    EXPECT_NE(permissions & std::filesystem::perms::owner_write, std::filesystem::perms::none);
+    Put(L"\\Storage Card\\in.txt", "x");
+    EXPECT_TRUE(DeleteFileW(L"\\Storage Card\\in.txt"));
 }
 
 TEST_F(Files, ANewReadOnlyFileIsStillWritableThroughItsHandle) {
