@@ -1,7 +1,7 @@
 #!/bin/sh
 # A short tour of kivutil: what `make run` shows. Files it makes go to a temporary folder.
 set -eu
-K="$1"
+K=$(cd "$(dirname "$1")" && pwd)/$(basename "$1")
 WORK=$(mktemp -d)
 trap 'rm -rf "$WORK"' EXIT
 run() {
