@@ -35,9 +35,16 @@ CWinThread::~CWinThread() {
     if (m_hThread) ::CloseHandle(m_hThread);
 }
 
+// The thread starts only once its handle and identifier are stored: an auto-deleting
+// object may be gone as soon as its thread runs, so nothing touches it after the resume.
 BOOL CWinThread::CreateThread(DWORD flags, UINT stackSize, LPSECURITY_ATTRIBUTES attributes) {
-    m_hThread = ::CreateThread(attributes, stackSize, ThreadStart, this, flags, &m_nThreadID);
-    return m_hThread != nullptr;
+    DWORD id = 0;
+    HANDLE thread = ::CreateThread(attributes, stackSize, ThreadStart, this, flags | CREATE_SUSPENDED, &id);
+    if (!thread) return FALSE;
+    m_hThread = thread;
+    m_nThreadID = id;
+    if (!(flags & CREATE_SUSPENDED)) ::ResumeThread(thread);
+    return TRUE;
 }
 
 DWORD CWinThread::ResumeThread() { return ::ResumeThread(m_hThread); }

@@ -14,8 +14,10 @@ public:
     CWinThread(const CWinThread&) = delete;
     CWinThread& operator=(const CWinThread&) = delete;
 
-    // Starts the thread (suspended with CREATE_SUSPENDED). A stack size below what the
-    // host needs is raised to a safe minimum.
+    // Starts the thread (suspended with CREATE_SUSPENDED); m_hThread and m_nThreadID are
+    // set before it runs. Without CREATE_SUSPENDED an auto-deleting object may be gone by
+    // the time this returns. A stack size below what the host needs is raised to a safe
+    // minimum.
     BOOL CreateThread(DWORD flags = 0, UINT stackSize = 0, LPSECURITY_ATTRIBUTES attributes = nullptr);
     DWORD ResumeThread();
     BOOL SetThreadPriority(int priority);

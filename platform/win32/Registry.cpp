@@ -30,11 +30,6 @@ locale_t FoldingLocale() {
     return locale;
 }
 
-void RebuildIndex(const auto& items, std::unordered_map<std::wstring, size_t>& index, auto nameOf) {
-    index.clear();
-    for (size_t i = 0; i < items.size(); ++i) index.emplace(FoldName(nameOf(items[i])), i);
-}
-
 }  // namespace
 
 std::wstring FoldName(std::wstring_view name) {
@@ -50,31 +45,38 @@ std::wstring FoldName(std::wstring_view name) {
     return folded;
 }
 
+RegKey::~RegKey() {
+    // Takes over the children of every key it is the last owner of; a child that an open
+    // handle still holds keeps its own subtree.
+    std::vector<std::shared_ptr<RegKey>> pending = children_.TakeAll();
+    while (!pending.empty()) {
+        std::shared_ptr<RegKey> key = std::move(pending.back());
+        pending.pop_back();
+        if (key.use_count() == 1)
+            for (auto& c : key->children_.TakeAll()) pending.push_back(std::move(c));
+    }
+}
+
 RegKey* RegKey::FindChild(std::wstring_view name) const {
-    auto it = childIndex_.find(FoldName(name));
-    return it == childIndex_.end() ? nullptr : children_[it->second].get();
+    const auto* child = children_.Find(name);
+    return child ? child->get() : nullptr;
 }
 
 RegKey* RegKey::AddChild(std::wstring_view name) {
-    std::wstring folded = FoldName(name);
-    if (auto it = childIndex_.find(folded); it != childIndex_.end()) return children_[it->second].get();
-    children_.push_back(std::make_shared<RegKey>(std::wstring(name)));
-    childIndex_.emplace(std::move(folded), children_.size() - 1);
-    return children_.back().get();
+    return children_.FindOrAdd(name, [&] { return std::make_shared<RegKey>(std::wstring(name), depth_ + 1); })
+        .first->get();
 }
 
 std::shared_ptr<RegKey> RegKey::ChildHandle(RegKey* child) const {
-    for (const auto& c : children_)
-        if (c.get() == child) return c;
-    return nullptr;
+    const auto* found = children_.Find(child->name());
+    return found && found->get() == child ? *found : nullptr;
 }
 
 void RegKey::RemoveChild(RegKey* child) {
-    auto it = std::find_if(children_.begin(), children_.end(), [child](const auto& c) { return c.get() == child; });
-    if (it == children_.end()) return;
-    (*it)->MarkDeleted();
-    children_.erase(it);
-    RebuildIndex(children_, childIndex_, [](const auto& c) -> const std::wstring& { return c->name(); });
+    const auto* found = children_.Find(child->name());
+    if (!found || found->get() != child) return;
+    child->MarkDeleted();
+    children_.Remove(child->name());
 }
 
 void RegKey::MarkDeleted() {
@@ -84,37 +86,19 @@ void RegKey::MarkDeleted() {
         RegKey* key = pending.back();
         pending.pop_back();
         key->deleted_ = true;
-        for (auto& c : key->children_) pending.push_back(c.get());
+        key->ForEachChild([&](RegKey& c) { pending.push_back(&c); });
     }
-}
-
-const RegValue* RegKey::FindValue(std::wstring_view name) const {
-    auto it = valueIndex_.find(FoldName(name));
-    return it == valueIndex_.end() ? nullptr : &values_[it->second];
 }
 
 void RegKey::SetValue(std::wstring_view name, DWORD type, std::vector<BYTE> data) {
-    std::wstring folded = FoldName(name);
-    if (auto it = valueIndex_.find(folded); it != valueIndex_.end()) {
-        values_[it->second].type = type;  // the name keeps the case of its first writing
-        values_[it->second].data = std::move(data);
-        return;
-    }
-    values_.push_back(RegValue{std::wstring(name), type, std::move(data)});
-    valueIndex_.emplace(std::move(folded), values_.size() - 1);
-}
-
-bool RegKey::RemoveValue(std::wstring_view name) {
-    auto it = valueIndex_.find(FoldName(name));
-    if (it == valueIndex_.end()) return false;
-    values_.erase(values_.begin() + static_cast<std::ptrdiff_t>(it->second));
-    RebuildIndex(values_, valueIndex_, [](const RegValue& v) -> const std::wstring& { return v.name; });
-    return true;
+    auto [value, added] = values_.FindOrAdd(name, [&] { return RegValue{std::wstring(name), type, {}}; });
+    value->type = type;  // an existing name keeps the case of its first writing
+    value->data = std::move(data);
 }
 
 namespace {
 void MakeRoots(RegistryState& state) {
-    for (int i = 0; i < kRootCount; ++i) state.roots[i] = std::make_shared<RegKey>(kRoots[i].name);
+    for (int i = 0; i < kRootCount; ++i) state.roots[i] = std::make_shared<RegKey>(kRoots[i].name, 0);
 }
 }  // namespace
 
@@ -227,6 +211,7 @@ LONG Walk(RegKey* from, LPCWSTR path, bool create, RegKey*& found, RegKey*& pare
     found = from;
     parent = nullptr;
     created = false;
+    if (create && from->depth() + parts.size() > kiv_win32::detail::kMaxKeyDepth) return ERROR_INVALID_PARAMETER;
     for (const auto& part : parts) {
         RegKey* next = found->FindChild(part);
         if (!next) {
@@ -278,8 +263,8 @@ LONG RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, LPDWORD nameLength, LPDWO
     std::lock_guard g(r.lock);
     RegKey* from = nullptr;
     if (LONG status = Resolve(r, key, from); status != ERROR_SUCCESS) return status;
-    if (index >= from->children().size()) return ERROR_NO_MORE_ITEMS;
-    if (LONG status = CopyName(from->children()[index]->name(), name, nameLength); status != ERROR_SUCCESS)
+    if (index >= from->childCount()) return ERROR_NO_MORE_ITEMS;
+    if (LONG status = CopyName(from->ChildAt(index).name(), name, nameLength); status != ERROR_SUCCESS)
         return status;
     if (keyClass && classLength && *classLength > 0) keyClass[0] = L'\0';
     if (classLength) *classLength = 0;
@@ -293,8 +278,8 @@ LONG RegEnumValueW(HKEY key, DWORD index, LPWSTR name, LPDWORD nameLength, LPDWO
     std::lock_guard g(r.lock);
     RegKey* from = nullptr;
     if (LONG status = Resolve(r, key, from); status != ERROR_SUCCESS) return status;
-    if (index >= from->values().size()) return ERROR_NO_MORE_ITEMS;
-    const RegValue& value = from->values()[index];
+    if (index >= from->valueCount()) return ERROR_NO_MORE_ITEMS;
+    const RegValue& value = from->ValueAt(index);
     if (LONG status = CopyName(value.name, name, nameLength); status != ERROR_SUCCESS) return status;
     return CopyData(value, type, data, dataSize);
 }
@@ -339,6 +324,7 @@ LONG RegDeleteKeyW(HKEY key, LPCWSTR subKey) {
     RegKey *found = nullptr, *parent = nullptr;
     bool created = false;
     if (LONG status = Walk(from, subKey, false, found, parent, created); status != ERROR_SUCCESS) return status;
+    if (!parent) return ERROR_INVALID_PARAMETER;  // a path of no names, such as "\\", names the key itself
     parent->RemoveChild(found);
     return ERROR_SUCCESS;
 }
@@ -363,17 +349,17 @@ LONG RegQueryInfoKeyW(HKEY key, LPWSTR keyClass, LPDWORD classLength, LPDWORD, L
     RegKey* from = nullptr;
     if (LONG status = Resolve(r, key, from); status != ERROR_SUCCESS) return status;
     size_t longestKey = 0, longestName = 0, longestData = 0;
-    for (const auto& c : from->children()) longestKey = std::max(longestKey, c->name().size());
-    for (const auto& v : from->values()) {
+    from->ForEachChild([&](const RegKey& c) { longestKey = std::max(longestKey, c.name().size()); });
+    from->ForEachValue([&](const RegValue& v) {
         longestName = std::max(longestName, v.name.size());
         longestData = std::max(longestData, v.data.size());
-    }
+    });
     if (keyClass && classLength && *classLength > 0) keyClass[0] = L'\0';
     if (classLength) *classLength = 0;
-    if (subKeys) *subKeys = static_cast<DWORD>(from->children().size());
+    if (subKeys) *subKeys = static_cast<DWORD>(from->childCount());
     if (maxSubKeyLength) *maxSubKeyLength = static_cast<DWORD>(longestKey);
     if (maxClassLength) *maxClassLength = 0;
-    if (values) *values = static_cast<DWORD>(from->values().size());
+    if (values) *values = static_cast<DWORD>(from->valueCount());
     if (maxValueNameLength) *maxValueNameLength = static_cast<DWORD>(longestName);
     if (maxValueLength) *maxValueLength = static_cast<DWORD>(longestData);
     if (securityDescriptorSize) *securityDescriptorSize = 0;

@@ -45,6 +45,9 @@ constexpr DWORD kMaxRegValueNameLength = 16383;
 
 // A null or empty subkey opens a new handle to `key` itself.
 LONG RegOpenKeyExW(HKEY key, LPCWSTR subKey, DWORD options, REGSAM access, PHKEY result);
+// Keys nest at most 512 levels below their root (the import takes no deeper path either);
+// a key that would lie deeper is refused with ERROR_INVALID_PARAMETER, as a malformed
+// path is, and nothing of the path is created.
 LONG RegCreateKeyExW(HKEY key, LPCWSTR subKey, DWORD reserved, LPWSTR keyClass, DWORD options, REGSAM access,
                      LPSECURITY_ATTRIBUTES attributes, PHKEY result, LPDWORD disposition);
 // `nameLength` gives the buffer's size in characters including the terminator and
@@ -59,7 +62,8 @@ LONG RegQueryValueExW(HKEY key, LPCWSTR valueName, LPDWORD reserved, LPDWORD typ
 LONG RegSetValueExW(HKEY key, LPCWSTR valueName, DWORD reserved, DWORD type, const BYTE* data, DWORD dataSize);
 LONG RegDeleteValueW(HKEY key, LPCWSTR valueName);
 // Deletes the subkey with all its subkeys and values, as the device does; handles still
-// open on a deleted key fail with ERROR_KEY_DELETED.
+// open on a deleted key fail with ERROR_KEY_DELETED. A path of no names ("", "\\")
+// would be the key itself: ERROR_INVALID_PARAMETER.
 LONG RegDeleteKeyW(HKEY key, LPCWSTR subKey);
 LONG RegCloseKey(HKEY key);
 // Counts and longest lengths (characters without terminator; data in bytes).

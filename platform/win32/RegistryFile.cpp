@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <optional>
@@ -23,8 +24,6 @@ constexpr std::wstring_view kHeader5 = L"Windows Registry Editor Version 5.00";
 constexpr std::wstring_view kHeader4 = L"REGEDIT4";
 // A registry file larger than this is refused rather than read.
 constexpr off_t kMaxFileBytes = 64 * 1024 * 1024;
-// Deeper key paths are refused; the device's own limit is far lower.
-constexpr size_t kMaxKeyDepth = 512;
 
 bool IsStringType(DWORD type) { return type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ; }
 
@@ -115,14 +114,14 @@ void AppendTree(std::wstring& out, const RegKey& root) {
     while (!stack.empty()) {
         Pending p = std::move(stack.back());
         stack.pop_back();
-        if (p.key != &root || !p.key->values().empty()) {
+        if (p.key != &root || p.key->valueCount() > 0) {
             out += L"[" + p.path + L"]\r\n";
-            for (const auto& v : p.key->values()) AppendValue(out, v);
+            p.key->ForEachValue([&](const RegValue& v) { AppendValue(out, v); });
             out += L"\r\n";
         }
-        const auto& children = p.key->children();
-        for (auto it = children.rbegin(); it != children.rend(); ++it)
-            stack.push_back({it->get(), p.path + L"\\" + (*it)->name()});
+        const size_t first = stack.size();
+        p.key->ForEachChild([&](const RegKey& c) { stack.push_back({&c, p.path + L"\\" + c.name()}); });
+        std::reverse(stack.begin() + static_cast<std::ptrdiff_t>(first), stack.end());
     }
 }
 
@@ -194,7 +193,9 @@ private:
     bool ParseValue(std::wstring_view s, size_t line);
     bool ParseQuoted(std::wstring_view& s, std::wstring& out, size_t line);
     bool ParseData(std::wstring_view s, size_t line, Change& change);
-    bool ParseHexBytes(std::wstring_view s, size_t line, std::string& bytes);
+    // `pieces` gives, for each joined line of the list, where it begins in `s` and its
+    // line number, so that a bad byte is reported on its own line.
+    bool ParseHexBytes(std::wstring_view s, const std::vector<std::pair<size_t, size_t>>& pieces, std::string& bytes);
 
     bool regedit4_ = false;
     bool inKey_ = false;
@@ -260,7 +261,7 @@ bool Reader::ParseKey(std::wstring_view s, size_t line) {
         const std::wstring_view rest = s.substr(slash + 1);
         if (rest.empty() || rest.back() == L'\\' || !kiv_win32::detail::SplitKeyPath(rest, change.path))
             return Fail(line, L"the key path has an empty name or a name longer than 255 characters");
-        if (change.path.size() > kMaxKeyDepth) return Fail(line, L"the key path is nested too deeply");
+        if (change.path.size() > kiv_win32::detail::kMaxKeyDepth) return Fail(line, L"the key path is nested too deeply");
         for (const auto& part : change.path)
             if (part.find(L'\0') != std::wstring::npos) return Fail(line, L"a key name holds a NUL character");
     } else if (change.kind == Change::DeleteKey) {
@@ -347,15 +348,18 @@ bool Reader::ParseData(std::wstring_view s, size_t line, Change& change) {
     }
     // A hex list continues on the next lines while a line ends with a backslash.
     std::wstring joined;
+    std::vector<std::pair<size_t, size_t>> pieces{{0, line}};
     list = Trim(list);
     while (!list.empty() && list.back() == L'\\') {
         joined.append(list.substr(0, list.size() - 1));
         if (next_ == lines_->size()) return Fail(line, L"the hex list continues past the end of the file");
-        list = Trim((*lines_)[next_++].text);
+        const Line& more = (*lines_)[next_++];
+        pieces.emplace_back(joined.size(), more.number);
+        list = Trim(more.text);
     }
     joined.append(list);
     std::string bytes;
-    if (!ParseHexBytes(joined, line, bytes)) return false;
+    if (!ParseHexBytes(joined, pieces, bytes)) return false;
     if (IsStringType(change.type)) {
         // The desktop format holds text as UTF-16LE; REGEDIT4 as 8-bit characters.
         if (!regedit4_ && bytes.size() % 2 != 0) return Fail(line, L"UTF-16 text needs an even number of bytes");
@@ -368,16 +372,24 @@ bool Reader::ParseData(std::wstring_view s, size_t line, Change& change) {
     return true;
 }
 
-bool Reader::ParseHexBytes(std::wstring_view s, size_t line, std::string& bytes) {
+bool Reader::ParseHexBytes(std::wstring_view s, const std::vector<std::pair<size_t, size_t>>& pieces,
+                           std::string& bytes) {
+    const wchar_t* const begin = s.data();
     s = Trim(s);
     if (!s.empty() && s.back() == L',') s.remove_suffix(1);
     if (Trim(s).empty()) return true;
     bytes.reserve(s.size() / 3 + 1);
     for (;;) {
         const size_t comma = s.find(L',');
+        const std::wstring_view digits = Trim(s.substr(0, comma));
         DWORD b = 0;
-        if (!ParseHexNumber(Trim(s.substr(0, comma)), 2, b))
+        if (!ParseHexNumber(digits, 2, b)) {
+            const auto at = static_cast<size_t>(digits.data() - begin);
+            size_t line = pieces.front().second;
+            for (const auto& [start, number] : pieces)
+                if (start <= at) line = number;
             return Fail(line, L"a hex list holds bytes of one or two hex digits separated by commas");
+        }
         bytes.push_back(static_cast<char>(b));
         if (comma == std::wstring_view::npos) return true;
         s.remove_prefix(comma + 1);

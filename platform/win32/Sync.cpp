@@ -7,6 +7,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <exception>
+#include <list>
 #include <new>
 #include <string>
 #include <thread>
@@ -87,9 +89,15 @@ void ForEachThread(const std::function<void(ThreadContext&)>& visit) {
     for (auto& context : all) visit(*context);
 }
 
+namespace {
+bool CancelPending(const ThreadContext& self) {
+    return self.createdHere && self.cancelRequested.load() && !self.ending.load() && std::uncaught_exceptions() == 0;
+}
+}  // namespace
+
 void CancellationPoint() {
     ThreadContext& self = CurrentThread();
-    if (self.createdHere && self.cancelRequested.load()) throw ThreadCancelled{self.cancelExitCode.load()};
+    if (CancelPending(self)) throw ThreadCancelled{self.cancelExitCode.load()};
 }
 
 bool BlockUntil(const std::shared_ptr<WaitPoint>& point, std::unique_lock<std::mutex>& held, DWORD milliseconds,
@@ -107,7 +115,7 @@ bool BlockUntil(const std::shared_ptr<WaitPoint>& point, std::unique_lock<std::m
     for (;;) {
         // Checked after waitingOn is published: TerminateThread sets the flag before it
         // reads waitingOn, so either it wakes this wait or this check sees the flag.
-        if (self.createdHere && self.cancelRequested.load()) {
+        if (CancelPending(self)) {
             leave();
             throw ThreadCancelled{self.cancelExitCode.load()};
         }
@@ -138,13 +146,46 @@ using kiv_win32::detail::WaitPoint;
 
 namespace {
 
+// A thread blocked on an event. Each Set or Pulse of an auto-reset event releases the
+// oldest record, so two quick Sets release two waiters and a thread that starts waiting
+// after a pulse cannot take the release meant for one that was already waiting.
+struct EventWaiter {
+    bool released = false;
+    bool bySet = false;  // released by SetEvent rather than by a pulse
+};
+
+// Guarded by point->lock.
 struct EventCore {
     std::shared_ptr<WaitPoint> point = std::make_shared<WaitPoint>();
     bool manualReset = false;
     bool signalled = false;
-    std::uint64_t pulses = 0;   // a manual-reset pulse releases the waiters of earlier generations
-    int pulseTickets = 0;       // an auto-reset pulse releases one waiter
-    int waiters = 0;
+    std::list<EventWaiter*> waiters;  // not yet released, oldest first
+
+    void ReleaseOldest(bool bySet) {
+        EventWaiter* w = waiters.front();
+        waiters.pop_front();
+        w->released = true;
+        w->bySet = bySet;
+    }
+    void ReleaseAll() {
+        for (EventWaiter* w : waiters) w->released = true;
+        waiters.clear();
+    }
+    void Set() {
+        if (manualReset) {
+            signalled = true;
+            ReleaseAll();
+        } else if (!waiters.empty()) {
+            ReleaseOldest(true);
+        } else {
+            signalled = true;
+        }
+    }
+    void Pulse() {
+        if (manualReset) ReleaseAll();
+        else if (!waiters.empty()) ReleaseOldest(false);
+        signalled = false;
+    }
 };
 
 class EventHandle : public kiv_win32::HandleObject {
@@ -155,27 +196,36 @@ public:
     DWORD Wait(DWORD milliseconds) override {
         EventCore& e = *core_;
         std::unique_lock held(e.point->lock);
-        const std::uint64_t generation = e.pulses;
-        ++e.waiters;
+        EventWaiter me;
+        bool queued = false;
+        std::list<EventWaiter*>::iterator place;
+        // A queued waiter is only ever released through its record: a Set or Pulse that
+        // finds waiters leaves the event as it was.
+        auto ready = [&] {
+            if (me.released) return true;
+            if (queued) return false;
+            if (e.signalled) {
+                if (!e.manualReset) e.signalled = false;
+                return true;
+            }
+            place = e.waiters.insert(e.waiters.end(), &me);
+            queued = true;
+            return false;
+        };
         bool released = false;
         try {
-            released = BlockUntil(e.point, held, milliseconds, [&] {
-                if (e.signalled) {
-                    if (!e.manualReset) e.signalled = false;
-                    return true;
-                }
-                if (e.manualReset) return e.pulses != generation;
-                if (e.pulseTickets > 0) {
-                    --e.pulseTickets;
-                    return true;
-                }
-                return false;
-            });
+            released = BlockUntil(e.point, held, milliseconds, ready);
         } catch (...) {
-            --e.waiters;
+            if (queued && !me.released) e.waiters.erase(place);
+            // A thread cancelled just after a Set released it hands the Set on, so that
+            // the event does not lose it.
+            if (me.released && me.bySet && !e.manualReset) {
+                e.Set();
+                e.point->changed.notify_all();
+            }
             throw;
         }
-        if (--e.waiters == 0) e.pulseTickets = 0;
+        if (queued && !me.released) e.waiters.erase(place);
         return released ? WAIT_OBJECT_0 : WAIT_TIMEOUT;
     }
 
@@ -228,13 +278,9 @@ BOOL Change(HANDLE handle, DWORD action) {
     {
         std::lock_guard g(e.point->lock);
         switch (action) {
-            case EVENT_SET: e.signalled = true; break;
+            case EVENT_SET: e.Set(); break;
             case EVENT_RESET: e.signalled = false; break;
-            case EVENT_PULSE:
-                if (e.manualReset) ++e.pulses;
-                else if (e.waiters > 0) e.pulseTickets = 1;
-                e.signalled = false;
-                break;
+            case EVENT_PULSE: e.Pulse(); break;
             default: SetLastError(ERROR_INVALID_PARAMETER); return FALSE;
         }
     }
@@ -292,23 +338,75 @@ BOOL PulseEvent(HANDLE event) { return Change(event, EVENT_PULSE); }
 // ---- critical sections -------------------------------------------------------------------
 
 namespace {
-static_assert(sizeof(std::recursive_mutex) <= sizeof(CRITICAL_SECTION::opaque));
-static_assert(alignof(std::recursive_mutex) <= alignof(CRITICAL_SECTION));
 
-std::recursive_mutex& MutexOf(LPCRITICAL_SECTION section) {
-    return *std::launder(reinterpret_cast<std::recursive_mutex*>(section->opaque));
+// A recursive lock whose wait goes through BlockUntil, so that TerminateThread reaches a
+// thread blocked here; the thread then ends without having entered. Guarded by point->lock.
+struct Section {
+    std::shared_ptr<WaitPoint> point = std::make_shared<WaitPoint>();
+    DWORD owner = 0;
+    unsigned depth = 0;
+    unsigned waiting = 0;
+};
+static_assert(sizeof(Section) <= sizeof(CRITICAL_SECTION::opaque));
+static_assert(alignof(Section) <= alignof(CRITICAL_SECTION));
+
+Section& SectionOf(LPCRITICAL_SECTION section) {
+    return *std::launder(reinterpret_cast<Section*>(section->opaque));
 }
+
 }  // namespace
 
 void InitializeCriticalSection(LPCRITICAL_SECTION section) {
-    if (section) new (section->opaque) std::recursive_mutex;
+    if (section) new (section->opaque) Section;
 }
+
 void DeleteCriticalSection(LPCRITICAL_SECTION section) {
-    if (section) MutexOf(section).~recursive_mutex();
+    if (section) SectionOf(section).~Section();
 }
-void EnterCriticalSection(LPCRITICAL_SECTION section) { MutexOf(section).lock(); }
-void LeaveCriticalSection(LPCRITICAL_SECTION section) { MutexOf(section).unlock(); }
-BOOL TryEnterCriticalSection(LPCRITICAL_SECTION section) { return MutexOf(section).try_lock() ? TRUE : FALSE; }
+
+void EnterCriticalSection(LPCRITICAL_SECTION section) {
+    Section& s = SectionOf(section);
+    const DWORD self = kiv_win32::detail::CurrentThread().id;
+    std::unique_lock held(s.point->lock);
+    if (s.owner == self) {
+        ++s.depth;
+        return;
+    }
+    // Only a thread that has to wait can be cancelled here: entering a free section
+    // never throws, which keeps it safe in destructors.
+    if (s.owner != 0) {
+        ++s.waiting;
+        try {
+            BlockUntil(s.point, held, INFINITE, [&s] { return s.owner == 0; });
+        } catch (...) {
+            --s.waiting;
+            if (s.owner == 0 && s.waiting > 0) s.point->changed.notify_one();  // the wake-up meant for this thread
+            throw;
+        }
+        --s.waiting;
+    }
+    s.owner = self;
+    s.depth = 1;
+}
+
+void LeaveCriticalSection(LPCRITICAL_SECTION section) {
+    Section& s = SectionOf(section);
+    const DWORD self = kiv_win32::detail::CurrentThread().id;
+    std::lock_guard g(s.point->lock);
+    if (s.owner != self || --s.depth > 0) return;
+    s.owner = 0;
+    if (s.waiting > 0) s.point->changed.notify_one();
+}
+
+BOOL TryEnterCriticalSection(LPCRITICAL_SECTION section) {
+    Section& s = SectionOf(section);
+    const DWORD self = kiv_win32::detail::CurrentThread().id;
+    std::lock_guard g(s.point->lock);
+    if (s.owner != 0 && s.owner != self) return FALSE;
+    s.owner = self;
+    ++s.depth;
+    return TRUE;
+}
 
 // ---- threads ----------------------------------------------------------------------------------
 
@@ -375,9 +473,9 @@ void* ThreadMain(void* argument) {
     } catch (const ThreadCancelled& cancelled) {
         exitCode = cancelled.exitCode;
     }
-    // The thread's windows are destroyed by the thread itself; a cancellation that came
-    // too late to matter must not cut that short.
-    context.cancelRequested = false;
+    // The thread's windows are destroyed by the thread itself; neither a cancellation
+    // that came too late to matter nor a second TerminateThread may cut that short.
+    context.ending = true;
     if (auto end = onThreadEnd.load()) {
         try {
             end(context);

@@ -23,15 +23,21 @@ HANDLE CreateEventW(LPSECURITY_ATTRIBUTES attributes, BOOL manualReset, BOOL ini
 // A new handle to the named event; null and ERROR_FILE_NOT_FOUND when no such event exists.
 HANDLE OpenEventW(DWORD access, BOOL inherit, LPCWSTR name);
 BOOL EventModify(HANDLE event, DWORD action);
+// An auto-reset event releases the thread that has waited longest and stays
+// non-signalled; it is left signalled only when no thread waits. A manual-reset event
+// releases every waiting thread and stays signalled.
 BOOL SetEvent(HANDLE event);
 BOOL ResetEvent(HANDLE event);
-// Releases the threads waiting at this moment (a manual-reset event) or one of them (an
-// auto-reset event) and leaves the event non-signalled.
+// Releases the threads waiting at this moment (a manual-reset event) or the one that has
+// waited longest (an auto-reset event) and leaves the event non-signalled; with no thread
+// waiting it does nothing but that.
 BOOL PulseEvent(HANDLE event);
 
 // ---- critical sections ---------------------------------------------------------------
 
 // Recursive, like the device's: the owning thread may enter again and leaves as often.
+// A thread blocked in EnterCriticalSection can be terminated there; it then ends without
+// having entered.
 struct CRITICAL_SECTION {
     alignas(16) unsigned char opaque[64];
 };
@@ -71,10 +77,12 @@ HANDLE CreateThread(LPSECURITY_ATTRIBUTES attributes, SIZE_T stackSize, LPTHREAD
 DWORD ResumeThread(HANDLE thread);
 // The host cannot stop a thread at an arbitrary instruction. The thread is cancelled at
 // its next wait or sleep (WaitForSingleObject, Sleep, GetMessageW, a cross-thread
-// SendMessageW, or one in progress now): its stack unwinds, so locks held through
-// guards are released, and it ends with `exitCode`. Returns at once, as on the device;
-// wait on the handle to know that the thread has ended. A catch (...) in the thread that
-// does not rethrow would swallow the cancellation.
+// SendMessageW, an EnterCriticalSection that has to wait, or one in progress now): its
+// stack unwinds, so locks held through guards are released, and it ends with
+// `exitCode`. Returns at once, as on the device; wait on the handle before freeing
+// anything the thread may still touch. A catch (...) in the thread that does not
+// rethrow would swallow the cancellation. A wait made while the stack unwinds, or while
+// the ended thread destroys its windows, is not cancelled again.
 BOOL TerminateThread(HANDLE thread, DWORD exitCode);
 // Ends the calling thread with `exitCode` (unwinding its stack); on a thread that this
 // subset did not create, it does nothing.

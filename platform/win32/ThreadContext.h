@@ -34,6 +34,9 @@ struct ThreadContext {
     bool createdHere = false;  // by CreateThread, so that a cancellation can unwind to its start
     std::atomic<bool> cancelRequested{false};
     std::atomic<DWORD> cancelExitCode{0};
+    // Set once the thread's start routine is over: what remains (destroying its windows)
+    // runs to the end whatever TerminateThread asks.
+    std::atomic<bool> ending{false};
 
     std::shared_ptr<WaitPoint> sleepPoint = std::make_shared<WaitPoint>();
 
@@ -51,11 +54,13 @@ void ForEachThread(const std::function<void(ThreadContext&)>& visit);
 // Blocks on `point` (whose lock `held` holds) until `ready()` is true or `milliseconds`
 // pass (INFINITE: no limit); never returns false before the time has passed. Returns
 // ready(). Throws ThreadCancelled when the calling thread was terminated, before or
-// during the wait.
+// during the wait, unless the thread is ending or its stack is already unwinding (a
+// second exception out of a destructor would end the process); such a wait just waits.
 bool BlockUntil(const std::shared_ptr<WaitPoint>& point, std::unique_lock<std::mutex>& held, DWORD milliseconds,
                 const std::function<bool()>& ready);
 
-// Throws ThreadCancelled when the calling thread has a cancellation pending.
+// Throws ThreadCancelled when the calling thread has a cancellation pending, under the
+// same conditions as BlockUntil.
 void CancellationPoint();
 
 // Run by a thread of this subset as it ends, before its context is forgotten: the

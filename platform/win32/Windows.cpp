@@ -204,6 +204,34 @@ void DeliverSent(MessageQueue& queue) {
     }
 }
 
+// Takes a sent message back out of its owner's queue; false when the owner has already
+// taken it (or its queue is gone, which answered every message it held).
+bool Withdraw(const std::weak_ptr<MessageQueue>& owner, const std::shared_ptr<SentMessage>& m) {
+    auto queue = owner.lock();
+    if (!queue) return false;
+    std::lock_guard g(queue->point->lock);
+    auto it = std::find(queue->sent.begin(), queue->sent.end(), m);
+    if (it == queue->sent.end()) return false;
+    queue->sent.erase(it);
+    return true;
+}
+
+// Waits, whatever cancellation is pending, until the owner has answered a message it
+// took. Messages sent to this thread meanwhile are answered, so that an owner that asks
+// back does not wait forever; what they throw is dropped, as this thread is already
+// leaving with an exception of its own.
+void AwaitReply(MessageQueue& mine, SentMessage& m) {
+    for (;;) {
+        try {
+            DeliverSent(mine);
+        } catch (...) {
+        }
+        std::unique_lock held(mine.point->lock);
+        if (m.done) return;
+        if (mine.sent.empty()) mine.point->changed.wait(held);
+    }
+}
+
 bool InRange(UINT message, UINT low, UINT high) {
     return (low == 0 && high == 0) || (message >= low && message <= high);
 }
@@ -233,7 +261,8 @@ bool TakePosted(MessageQueue& queue, MSG& out, HWND filter, UINT low, UINT high,
         }
         ++it;
     }
-    if (queue.quit && InRange(WM_QUIT, low, high)) {
+    // WM_QUIT passes every filter, so that a loop reading a range of messages still ends.
+    if (queue.quit) {
         out = MSG{nullptr, WM_QUIT, static_cast<WPARAM>(queue.quitCode), 0, GetTickCount(), {0, 0}};
         if (remove) queue.quit = false;
         return true;
@@ -247,14 +276,23 @@ std::vector<HWND> TopLevelWindows() {
     return t.topLevel;
 }
 
-// Destroys a window without the owner-thread check: also used for the children.
+// Destroys a window without the owner-thread check: also used for the children. Owned
+// windows go before the owner hears WM_DESTROY; only its children are destroyed between
+// its WM_DESTROY and WM_NCDESTROY.
 void Destroy(HWND handle) {
-    std::vector<HWND> children;
-    if (!WithWindow(handle, [&](Window& w) {
-            children = w.children;
-            w.destroying = true;
-        }))
-        return;
+    std::vector<HWND> children, owned;
+    {
+        WindowTable& t = Table();
+        std::lock_guard g(t.lock);
+        Window* w = Find(t, handle);
+        if (!w) return;
+        w->destroying = true;
+        for (HWND h : w->children) {
+            Window* c = Find(t, h);
+            if (c) (c->style & WS_CHILD ? children : owned).push_back(h);
+        }
+    }
+    for (HWND h : owned) Destroy(h);
     SendMessageW(handle, WM_DESTROY, 0, 0);
     for (HWND child : children) Destroy(child);
     SendMessageW(handle, WM_NCDESTROY, 0, 0);
@@ -701,9 +739,11 @@ LRESULT SendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
 
     auto mine = QueueOf(self);
     auto m = std::make_shared<SentMessage>(SentMessage{window, message, wParam, lParam, mine->point});
+    std::weak_ptr<MessageQueue> weakTarget;
     {
         auto target = QueueOfThread(owner);
         if (!target) return 0;
+        weakTarget = target;
         {
             std::lock_guard g(target->point->lock);
             target->sent.push_back(m);
@@ -711,11 +751,18 @@ LRESULT SendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
         }
         target->point->changed.notify_all();
     }  // not held while waiting: a queue whose thread ends answers its senders as it goes
-    for (;;) {
-        DeliverSent(*mine);
-        std::unique_lock held(mine->point->lock);
-        BlockUntil(mine->point, held, INFINITE, [&] { return m->done || !mine->sent.empty(); });
-        if (m->done) return m->result;
+    try {
+        for (;;) {
+            DeliverSent(*mine);
+            std::unique_lock held(mine->point->lock);
+            BlockUntil(mine->point, held, INFINITE, [&] { return m->done || !mine->sent.empty(); });
+            if (m->done) return m->result;
+        }
+    } catch (...) {
+        // The message's arguments may point into this stack, which is about to go: the
+        // owner must either never see the message or have finished with it.
+        if (!Withdraw(weakTarget, m)) AwaitReply(*mine, *m);
+        throw;
     }
 }
 
@@ -740,7 +787,7 @@ BOOL GetMessageW(LPMSG message, HWND window, UINT filterMin, UINT filterMax) {
         if (TakePosted(*queue, *message, window, filterMin, filterMax, true, seen))
             return message->message == WM_QUIT ? FALSE : TRUE;
         std::unique_lock held(queue->point->lock);
-        BlockUntil(queue->point, held, INFINITE, [&] { return queue->version != seen || queue->quit; });
+        BlockUntil(queue->point, held, INFINITE, [&] { return queue->version != seen; });
     }
 }
 

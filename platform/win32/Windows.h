@@ -152,9 +152,10 @@ inline HWND CreateWindowW(LPCWSTR className, LPCWSTR windowName, DWORD style, in
                           HWND parent, HMENU menu, HINSTANCE instance, LPVOID parameter) {
     return CreateWindowExW(0, className, windowName, style, x, y, width, height, parent, menu, instance, parameter);
 }
-// Only the owning thread may destroy a window. The window gets WM_DESTROY, then its
-// children and owned windows are destroyed (each wholly), then it gets WM_NCDESTROY and
-// its handle becomes invalid. Messages still queued for it are dropped.
+// Only the owning thread may destroy a window. Its owned windows are destroyed first
+// (each wholly), then the window gets WM_DESTROY, then its children are destroyed, then
+// it gets WM_NCDESTROY and its handle becomes invalid. Messages still queued for it are
+// dropped.
 BOOL DestroyWindow(HWND window);
 BOOL IsWindow(HWND window);
 BOOL IsChild(HWND parent, HWND window);
@@ -203,10 +204,14 @@ BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 BOOL PostThreadMessageW(DWORD threadId, UINT message, WPARAM wParam, LPARAM lParam);
 // Calls the window procedure on the calling thread when it owns the window; otherwise
 // the owner thread runs it when it next reads its queue, while the sender waits (and
-// meanwhile answers messages sent to itself). 0 for a window that does not exist.
+// meanwhile answers messages sent to itself). 0 for a window that does not exist or
+// whose thread ends before it reads the message. A sender terminated while it waits
+// takes back a message the owner has not taken yet, and otherwise ends only once the
+// owner has answered it, since the arguments may point into the sender's stack.
 LRESULT SendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 // Answers pending sent messages first, then looks for a posted message. A window filter
-// also takes messages for its descendants; (HWND)-1 takes only thread messages.
+// also takes messages for its descendants; (HWND)-1 takes only thread messages. WM_QUIT
+// passes every filter, once no other posted message does.
 BOOL PeekMessageW(LPMSG message, HWND window, UINT filterMin, UINT filterMax, UINT removeMessage);
 // Waits for a message; 0 for WM_QUIT, -1 for a window filter that is not a window.
 BOOL GetMessageW(LPMSG message, HWND window, UINT filterMin, UINT filterMax);

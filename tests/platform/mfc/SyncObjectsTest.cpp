@@ -39,7 +39,45 @@ UINT SleepLong(LPVOID) {
     return 0;
 }
 
+// What auto-deleting thread objects saw of themselves as their threads began.
+struct Sightings {
+    HANDLE deleted = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    std::atomic<int> withHandle{0};
+    std::atomic<int> withId{0};
+};
+
+class Probe : public CWinThread {
+public:
+    explicit Probe(Sightings* seen) : seen_(seen) {}
+    BOOL InitInstance() override {
+        if (m_hThread) ++seen_->withHandle;
+        if (m_nThreadID == GetCurrentThreadId()) ++seen_->withId;
+        return FALSE;
+    }
+    void Delete() override {
+        HANDLE deleted = seen_->deleted;
+        CWinThread::Delete();
+        SetEvent(deleted);
+    }
+
+private:
+    Sightings* seen_;
+};
+
 }  // namespace
+
+TEST(WinThread, ObjectKnowsItsHandleAndIdBeforeItsThreadRunsAndMayDeleteItself) {
+    Sightings seen;
+    constexpr int kRounds = 50;
+    for (int i = 0; i < kRounds; ++i) {
+        auto* thread = new Probe(&seen);
+        ASSERT_TRUE(thread->CreateThread());  // `thread` may be gone once this returns
+        ASSERT_EQ(WaitForSingleObject(seen.deleted, 10000), WAIT_OBJECT_0);
+    }
+    EXPECT_EQ(seen.withHandle.load(), kRounds);
+    EXPECT_EQ(seen.withId.load(), kRounds);
+    CloseHandle(seen.deleted);
+}
 
 TEST(WinThread, BeginThreadWithTheDeviceStackAndPriorityRunsAndEndsWithItsCode) {
     Shared s;

@@ -1,7 +1,10 @@
 // The registry through the Reg* functions, and its .reg files through kiv_host.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
+#include <cwctype>
 #include <filesystem>
 #include <vector>
 
@@ -151,6 +154,135 @@ TEST_F(Registry, DeletingAKeyTakesItsSubtreeAndLeavesOpenHandlesFailing) {
     SetDword(key, L"Gone", 1);
     EXPECT_EQ(RegDeleteValueW(key, L"GONE"), ERROR_SUCCESS);
     EXPECT_EQ(RegDeleteValueW(key, L"Gone"), ERROR_FILE_NOT_FOUND);
+    // A path of no names would be the key itself, which a key does not delete.
+    for (HKEY from : {HKEY_LOCAL_MACHINE, key})
+        for (const wchar_t* path : {L"\\", L""}) EXPECT_EQ(RegDeleteKeyW(from, path), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(SubkeyNames(HKEY_LOCAL_MACHINE, L""), std::vector<std::wstring>{L"Software"});
+    RegCloseKey(key);
+}
+
+TEST_F(Registry, KeysNestAtMostFiveHundredTwelveLevelsBelowTheirRoot) {
+    std::wstring path = L"L";
+    for (size_t depth = 1; depth < 512; ++depth) path += L"\\L";
+    HKEY key = nullptr;
+    EXPECT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, (path + L"\\L").c_str(), 0, nullptr, 0, 0, nullptr, &key, nullptr),
+              ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(SubkeyNames(HKEY_LOCAL_MACHINE, L""), std::vector<std::wstring>{});  // nothing made on the way
+    HKEY deepest = Create(HKEY_LOCAL_MACHINE, path.c_str());
+    ASSERT_NE(deepest, nullptr);
+    SetDword(deepest, L"Depth", 512);
+    // The depth counts from the root, not from the handle a path starts at.
+    HKEY middle = nullptr;
+    ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.substr(0, 2 * 256 - 1).c_str(), 0, 0, &middle), ERROR_SUCCESS);
+    EXPECT_EQ(RegCreateKeyExW(deepest, L"M", 0, nullptr, 0, 0, nullptr, &key, nullptr), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(RegCreateKeyExW(middle, (path.substr(0, 2 * 256) + L"M").c_str(), 0, nullptr, 0, 0, nullptr, &key,
+                              nullptr),
+              ERROR_INVALID_PARAMETER);
+    RegCloseKey(Create(middle, path.substr(0, 2 * 256 - 1).c_str()));
+    RegCloseKey(middle);
+    RegCloseKey(deepest);
+
+    // What the registry holds, the importer takes back.
+    const std::string text = kiv_win32::ExportRegistryText();
+    kiv_host::ResetForTesting();
+    std::wstring error;
+    ASSERT_TRUE(kiv_win32::ImportRegistryText(text, &error)) << kiv_text::ToUtf8(error);
+    EXPECT_EQ(kiv_win32::ExportRegistryText(), text);
+    EXPECT_EQ(ReadBytes(HKEY_LOCAL_MACHINE, path.c_str(), L"Depth"), (std::vector<BYTE>{0, 2, 0, 0}));
+
+    // A deleted chain goes whole, also the part an open handle kept alive.
+    HKEY kept = nullptr;
+    ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.substr(0, 2 * 300 - 1).c_str(), 0, 0, &kept), ERROR_SUCCESS);
+    EXPECT_EQ(RegDeleteKeyW(HKEY_LOCAL_MACHINE, L"L"), ERROR_SUCCESS);
+    EXPECT_EQ(RegCreateKeyExW(kept, L"M", 0, nullptr, 0, 0, nullptr, &key, nullptr), ERROR_KEY_DELETED);
+    EXPECT_EQ(RegCloseKey(kept), ERROR_SUCCESS);
+    EXPECT_EQ(SubkeyNames(HKEY_LOCAL_MACHINE, L""), std::vector<std::wstring>{});
+}
+
+TEST_F(Registry, ManyDeletionsKeepNamesFoundAndTheRestInCreationOrder) {
+    // A model of one key's subkeys and values, driven by a fixed pseudo-random sequence
+    // of creations, deletions (by a name in another case) and enumerations.
+    HKEY key = Create(HKEY_LOCAL_MACHINE, L"Many");
+    std::vector<std::wstring> keys, values;
+    std::uint32_t state = 12345;
+    auto next = [&state](std::uint32_t bound) {
+        state = state * 1664525u + 1013904223u;
+        return (state >> 8) % bound;
+    };
+    auto upper = [](std::wstring name) {
+        for (auto& c : name) c = static_cast<wchar_t>(std::towupper(c));
+        return name;
+    };
+    auto position = [](const std::vector<std::wstring>& model, const std::wstring& name) {
+        return std::find(model.begin(), model.end(), name) - model.begin();
+    };
+    wchar_t name[64];
+    for (int step = 0; step < 20000; ++step) {
+        const std::wstring n = L"n" + std::to_wstring(next(600));
+        const bool known = position(keys, n) < static_cast<std::ptrdiff_t>(keys.size());
+        switch (next(8)) {
+            case 0:
+            case 1:
+            case 2:  // more creations than deletions early on, so that the key grows large
+                if (step < 10000 || next(2)) {
+                    RegCloseKey(Create(key, n.c_str()));
+                    SetDword(key, n.c_str(), static_cast<DWORD>(step));
+                    if (!known) keys.push_back(n);
+                    if (std::find(values.begin(), values.end(), n) == values.end()) values.push_back(n);
+                    break;
+                }
+                [[fallthrough]];
+            case 3:
+            case 4:
+                ASSERT_EQ(RegDeleteKeyW(key, upper(n).c_str()), known ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND);
+                if (known) keys.erase(keys.begin() + position(keys, n));
+                if (next(2) && std::find(values.begin(), values.end(), n) != values.end()) {
+                    ASSERT_EQ(RegDeleteValueW(key, upper(n).c_str()), ERROR_SUCCESS);
+                    values.erase(values.begin() + position(values, n));
+                }
+                break;
+            default: {
+                const DWORD index = next(static_cast<std::uint32_t>(keys.size() + values.size() + 1));
+                DWORD length = 64;
+                const LONG status = RegEnumKeyExW(key, index, name, &length, nullptr, nullptr, nullptr, nullptr);
+                ASSERT_EQ(status, index < keys.size() ? ERROR_SUCCESS : ERROR_NO_MORE_ITEMS);
+                if (status == ERROR_SUCCESS) {
+                    ASSERT_EQ(std::wstring(name, length), keys[index]);
+                }
+                length = 64;
+                const LONG valueStatus = RegEnumValueW(key, index, name, &length, nullptr, nullptr, nullptr, nullptr);
+                ASSERT_EQ(valueStatus, index < values.size() ? ERROR_SUCCESS : ERROR_NO_MORE_ITEMS);
+                if (valueStatus == ERROR_SUCCESS) {
+                    ASSERT_EQ(std::wstring(name, length), values[index]);
+                }
+            }
+        }
+    }
+    DWORD subKeys = 0, valueCount = 0;
+    ASSERT_EQ(RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, &subKeys, nullptr, nullptr, &valueCount, nullptr,
+                               nullptr, nullptr, nullptr),
+              ERROR_SUCCESS);
+    EXPECT_EQ(subKeys, keys.size());
+    EXPECT_EQ(valueCount, values.size());
+    EXPECT_EQ(SubkeyNames(HKEY_LOCAL_MACHINE, L"Many"), keys);
+
+    // Emptied the usual way: always enumerate the first entry and delete it.
+    size_t deleted = 0;
+    for (DWORD length = 64; RegEnumKeyExW(key, 0, name, &length, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
+         length = 64, ++deleted) {
+        ASSERT_EQ(std::wstring(name, length), keys[deleted]);
+        ASSERT_EQ(RegDeleteKeyW(key, name), ERROR_SUCCESS);
+    }
+    EXPECT_EQ(deleted, keys.size());
+    deleted = 0;
+    for (DWORD length = 64; RegEnumValueW(key, 0, name, &length, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
+         length = 64, ++deleted) {
+        ASSERT_EQ(std::wstring(name, length), values[deleted]);
+        ASSERT_EQ(RegDeleteValueW(key, name), ERROR_SUCCESS);
+    }
+    EXPECT_EQ(deleted, values.size());
+    SetDword(key, L"Again", 1);
+    EXPECT_EQ(ReadBytes(HKEY_LOCAL_MACHINE, L"many", L"AGAIN"), (std::vector<BYTE>{1, 0, 0, 0}));
     RegCloseKey(key);
 }
 
@@ -282,7 +414,10 @@ TEST_F(Registry, MalformedLineIsReportedByNumberAndChangesNothing) {
         {L"Windows Registry Editor Version 5.00\r\n\"Value\"=dword:00000002\r\n", L"line 2:"},
         {L"Windows Registry Editor Version 5.00\r\n[HKEY_NOWHERE\\Kept]\r\n", L"line 2:"},
         {L"Windows Registry Editor Version 5.00\r\n[HKEY_LOCAL_MACHINE\\Kept]\r\n\"Value\"=\"open\r\n", L"line 3:"},
-        {L"Windows Registry Editor Version 5.00\r\n[HKEY_LOCAL_MACHINE\\Kept]\r\n\"Value\"=hex:01,\\\r\n  zz\r\n", L"line 3:"},
+        {L"Windows Registry Editor Version 5.00\r\n[HKEY_LOCAL_MACHINE\\Kept]\r\n\"Value\"=hex:01,\\\r\n  zz\r\n", L"line 4:"},
+        {L"Windows Registry Editor Version 5.00\r\n[HKEY_LOCAL_MACHINE\\Kept]\r\n\"Value\"=hex:01, \\\r\n  02,\\\r\n"
+         L"\r\n 03,0x\r\n",
+         L"line 6:"},
         {L"Windows Registry Editor Version 5.00\r\n[HKEY_LOCAL_MACHINE\\Kept\r\n", L"line 2:"},
         {L"\r\nRegistry file\r\n", L"line 2:"},
     };

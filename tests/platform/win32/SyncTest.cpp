@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <vector>
 
 #include "platform/win32/Win32.h"
 #include "tests/support/TestSupport.h"
@@ -49,10 +50,65 @@ DWORD WINAPI WaitOnEvent(LPVOID parameter) {
     return WaitForSingleObject(static_cast<HANDLE>(parameter), INFINITE) == WAIT_OBJECT_0 ? 1 : 0;
 }
 
+// Threads waiting on one event, counted as they are released. Each says it is about to
+// wait just before it does; a short settle after the last one lets them all block.
+struct Waiters {
+    explicit Waiters(HANDLE e) : event(e) {}
+    ~Waiters() { CloseHandle(event); }
+
+    HANDLE event;
+    std::atomic<int> ready{0};
+    std::atomic<int> released{0};
+    std::vector<HANDLE> threads;
+
+    static DWORD WINAPI Wait(LPVOID parameter) {
+        auto* w = static_cast<Waiters*>(parameter);
+        ++w->ready;
+        if (WaitForSingleObject(w->event, 10000) != WAIT_OBJECT_0) return 0;
+        ++w->released;
+        return 1;
+    }
+    void Start(int count) {
+        const int target = ready + count;
+        for (int i = 0; i < count; ++i) threads.push_back(CreateThread(nullptr, 0, Wait, this, 0, nullptr));
+        while (ready < target) Sleep(1);
+        Sleep(30);
+    }
+    // Waits (generously) for `count` releases in all, then a little longer for any extra.
+    int ReleasedAfter(int count) {
+        for (int i = 0; i < 10000 && released < count; ++i) Sleep(1);
+        Sleep(30);
+        return released;
+    }
+    // Joins every thread; the number that were released.
+    int Join() {
+        int total = 0;
+        for (HANDLE t : threads) {
+            EXPECT_EQ(WaitForSingleObject(t, 20000), WAIT_OBJECT_0);
+            DWORD code = 0;
+            GetExitCodeThread(t, &code);
+            total += static_cast<int>(code);
+            CloseHandle(t);
+        }
+        threads.clear();
+        return total;
+    }
+};
+
 struct Counter {
     CRITICAL_SECTION section;
     long value = 0;
+    std::atomic<int> ready{0};
 };
+
+DWORD WINAPI EnterAndCount(LPVOID parameter) {
+    auto* c = static_cast<Counter*>(parameter);
+    ++c->ready;
+    EnterCriticalSection(&c->section);
+    ++c->value;
+    LeaveCriticalSection(&c->section);
+    return 0;
+}
 
 DWORD WINAPI CountUnderLock(LPVOID parameter) {
     auto* c = static_cast<Counter*>(parameter);
@@ -152,19 +208,54 @@ TEST_F(Sync, PulseWithoutWaitersLeavesEventNonSignalled) {
     CloseHandle(automatic);
 }
 
-TEST_F(Sync, PulseReleasesAThreadThatIsWaiting) {
-    HANDLE e = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    HANDLE thread = CreateThread(nullptr, 0, WaitOnEvent, e, 0, nullptr);
-    // Pulse until the waiter has been caught waiting; a pulse before it waits is lost.
-    while (WaitForSingleObject(thread, 0) == WAIT_TIMEOUT) {
-        EventModify(e, EVENT_PULSE);
-        Sleep(1);
+TEST_F(Sync, AutoResetSetAndPulseReleaseOneWaiterEachHoweverQuickly) {
+    Waiters w(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+    w.Start(4);
+    SetEvent(w.event);
+    SetEvent(w.event);
+    EXPECT_EQ(w.ReleasedAfter(2), 2);
+    EXPECT_EQ(WaitForSingleObject(w.event, 0), WAIT_TIMEOUT);  // both went to waiters
+    PulseEvent(w.event);
+    PulseEvent(w.event);
+    EXPECT_EQ(w.ReleasedAfter(4), 4);
+    EXPECT_EQ(w.Join(), 4);
+    EXPECT_EQ(WaitForSingleObject(w.event, 0), WAIT_TIMEOUT);
+}
+
+TEST_F(Sync, SetOrPulseGoesToTheThreadAlreadyWaitingNotToOneThatComesLater) {
+    Waiters w(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+    for (BOOL (*release)(HANDLE) : {PulseEvent, SetEvent}) {
+        w.Start(1);
+        release(w.event);
+        EXPECT_EQ(WaitForSingleObject(w.event, 0), WAIT_TIMEOUT);  // this thread comes after the waiter
+        EXPECT_EQ(w.Join(), 1);
     }
-    DWORD code = 0;
-    GetExitCodeThread(thread, &code);
-    EXPECT_EQ(code, 1u);
-    EXPECT_EQ(WaitForSingleObject(e, 0), WAIT_TIMEOUT);
+}
+
+TEST_F(Sync, ManualResetPulseReleasesEveryWaiterAndLeavesTheEventNonSignalled) {
+    Waiters w(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    w.Start(3);
+    PulseEvent(w.event);
+    EXPECT_EQ(WaitForSingleObject(w.event, 0), WAIT_TIMEOUT);
+    EXPECT_EQ(w.Join(), 3);
+    w.Start(2);
+    SetEvent(w.event);
+    ResetEvent(w.event);  // too late to hold back the two that were waiting
+    EXPECT_EQ(w.Join(), 2);
+}
+
+TEST_F(Sync, TerminatedWaiterLeavesNoReleaseBehind) {
+    HANDLE e = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    HANDLE thread = CreateThread(nullptr, 0, WaitOnEvent, e, 0, nullptr);
+    Sleep(20);
+    TerminateThread(thread, 4);
+    ASSERT_EQ(WaitForSingleObject(thread, 10000), WAIT_OBJECT_0);
     CloseHandle(thread);
+    PulseEvent(e);  // nobody waits: nothing happens
+    EXPECT_EQ(WaitForSingleObject(e, 20), WAIT_TIMEOUT);
+    SetEvent(e);  // nobody waits: the event stays signalled for the next wait
+    EXPECT_EQ(WaitForSingleObject(e, 0), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(e, 0), WAIT_TIMEOUT);
     CloseHandle(e);
 }
 
@@ -264,6 +355,31 @@ TEST_F(Sync, CriticalSectionSerialisesThreads) {
     DeleteCriticalSection(&c.section);
     CloseHandle(a);
     CloseHandle(b);
+}
+
+TEST_F(Sync, ThreadTerminatedWhileEnteringACriticalSectionEndsWithoutIt) {
+    Counter c;
+    InitializeCriticalSection(&c.section);
+    EnterCriticalSection(&c.section);
+    HANDLE first = CreateThread(nullptr, 0, EnterAndCount, &c, 0, nullptr);
+    HANDLE second = CreateThread(nullptr, 0, EnterAndCount, &c, 0, nullptr);
+    while (c.ready < 2) Sleep(1);
+    Sleep(20);
+    // Leaving at once may hand the wake-up to the thread being terminated; it must pass
+    // it on to the one still waiting.
+    TerminateThread(first, 6);
+    LeaveCriticalSection(&c.section);
+    ASSERT_EQ(WaitForSingleObject(first, 10000), WAIT_OBJECT_0);
+    ASSERT_EQ(WaitForSingleObject(second, 10000), WAIT_OBJECT_0);
+    DWORD code = 0;
+    GetExitCodeThread(first, &code);
+    EXPECT_EQ(code, 6u);
+    EXPECT_EQ(c.value, 1);
+    EXPECT_TRUE(TryEnterCriticalSection(&c.section));
+    LeaveCriticalSection(&c.section);
+    DeleteCriticalSection(&c.section);
+    CloseHandle(first);
+    CloseHandle(second);
 }
 
 // ---- time --------------------------------------------------------------------------------------------

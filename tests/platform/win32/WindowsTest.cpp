@@ -125,10 +125,12 @@ TEST_F(Windows, WindowTreeIsDestroyedWithItsChildren) {
     }
     ASSERT_TRUE(DestroyWindow(dialog));
 
+    // Owned windows go before their owner hears WM_DESTROY; children go between its
+    // WM_DESTROY and WM_NCDESTROY.
     std::vector<std::pair<HWND, UINT>> expected = {
-        {dialog, WM_DESTROY}, {group, WM_DESTROY},  {edit, WM_DESTROY},      {edit, WM_NCDESTROY},
-        {group, WM_NCDESTROY}, {button, WM_DESTROY}, {button, WM_NCDESTROY}, {popup, WM_DESTROY},
-        {popup, WM_NCDESTROY}, {dialog, WM_NCDESTROY}};
+        {popup, WM_DESTROY},   {popup, WM_NCDESTROY}, {dialog, WM_DESTROY},  {group, WM_DESTROY},
+        {edit, WM_DESTROY},    {edit, WM_NCDESTROY},  {group, WM_NCDESTROY}, {button, WM_DESTROY},
+        {button, WM_NCDESTROY}, {dialog, WM_NCDESTROY}};
     std::vector<std::pair<HWND, UINT>> destruction;
     for (auto& m : seen.messages)
         if (m.second == WM_DESTROY || m.second == WM_NCDESTROY) destruction.push_back(m);
@@ -222,13 +224,21 @@ TEST_F(Windows, ThreadMessagesQuitAndFiltersFollowTheQueueRules) {
     EXPECT_EQ(m.hwnd, child);
     ASSERT_TRUE(PeekMessageW(&m, reinterpret_cast<HWND>(-1), 0, 0, PM_REMOVE));
     EXPECT_EQ(m.message, WM_APP);
-    EXPECT_FALSE(PeekMessageW(&m, nullptr, WM_KEYDOWN, WM_KEYUP, PM_REMOVE));
+    // WM_QUIT passes any range once nothing in the range is queued.
+    ASSERT_TRUE(PeekMessageW(&m, nullptr, WM_KEYDOWN, WM_KEYUP, PM_REMOVE));
+    EXPECT_EQ(m.message, WM_QUIT);
+    EXPECT_EQ(m.wParam, 4u);
+    EXPECT_FALSE(PeekMessageW(&m, nullptr, WM_KEYDOWN, WM_KEYUP, PM_REMOVE));  // it was removed
     ASSERT_EQ(GetMessageW(&m, nullptr, 0, 0), TRUE);
     EXPECT_EQ(m.wParam, 1u);
+    PostQuitMessage(5);
+    EXPECT_EQ(GetMessageW(&m, nullptr, WM_KEYFIRST, WM_KEYLAST), FALSE);  // a keyboard loop ends too
+    EXPECT_EQ(m.wParam, 5u);
+    PostQuitMessage(6);
     ASSERT_EQ(GetMessageW(&m, nullptr, 0, 0), TRUE);
     EXPECT_EQ(m.wParam, 2u);
     EXPECT_EQ(GetMessageW(&m, nullptr, 0, 0), FALSE);  // WM_QUIT comes when nothing else is left
-    EXPECT_EQ(m.wParam, 4u);
+    EXPECT_EQ(m.wParam, 6u);
     EXPECT_EQ(GetMessageW(&m, reinterpret_cast<HWND>(0x7777), 0, 0), -1);
     EXPECT_FALSE(PostThreadMessageW(0xFFFFFF, WM_USER, 0, 0));
     EXPECT_EQ(GetLastError(), ERROR_INVALID_THREAD_ID);
@@ -329,6 +339,173 @@ TEST_F(Windows, CrossThreadSendRunsOnTheOwnerThreadWhileTheSenderWaits) {
     EXPECT_FALSE(IsWindow(k.window));
     CloseHandle(thread);
     CloseHandle(k.ready);
+}
+
+namespace {
+// The owner of a window that reads its queue only when told to, and whose procedure
+// holds a sent message until told to finish, then reads the sender's stack through it.
+struct LateReader {
+    HANDLE created = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    HANDLE read = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    HANDLE entered = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    HANDLE finish = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    bool leaveUnread = false;
+    HWND window = nullptr;
+    std::atomic<int> sending{0};
+    std::atomic<int> sendsRun{0};
+    std::atomic<int> valueSeen{0};
+    ~LateReader() {
+        for (HANDLE h : {created, read, entered, finish}) CloseHandle(h);
+    }
+};
+LateReader* lateReader = nullptr;
+constexpr UINT WM_READ_SENDER = WM_USER + 5;
+
+LRESULT CALLBACK LateProc(HWND h, UINT m, WPARAM w, LPARAM l) {
+    if (m == WM_READ_SENDER) {
+        ++lateReader->sendsRun;
+        SetEvent(lateReader->entered);
+        WaitForSingleObject(lateReader->finish, INFINITE);
+        lateReader->valueSeen = *reinterpret_cast<const int*>(l);
+        return 1;
+    }
+    if (m == WM_DESTROY) PostQuitMessage(0);
+    return DefWindowProcW(h, m, w, l);
+}
+
+DWORD WINAPI RunLateReader(LPVOID) {
+    WNDCLASSW c{};
+    c.lpfnWndProc = LateProc;
+    c.lpszClassName = L"Late reader";
+    RegisterClassW(&c);
+    lateReader->window = CreateWindowExW(0, L"Late reader", L"", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
+    SetEvent(lateReader->created);
+    WaitForSingleObject(lateReader->read, INFINITE);
+    if (lateReader->leaveUnread) return 0;
+    MSG m;
+    while (GetMessageW(&m, nullptr, 0, 0) > 0) DispatchMessageW(&m);
+    return 0;
+}
+
+DWORD WINAPI SendFromTheStack(LPVOID) {
+    int onStack = 42;
+    ++lateReader->sending;
+    return static_cast<DWORD>(SendMessageW(lateReader->window, WM_READ_SENDER, 0, reinterpret_cast<LPARAM>(&onStack)));
+}
+
+// Starts the reader, then a sender that is (most likely) waiting in its send on return.
+std::pair<HANDLE, HANDLE> StartReaderAndSender() {
+    HANDLE reader = CreateThread(nullptr, 0, RunLateReader, nullptr, 0, nullptr);
+    EXPECT_EQ(WaitForSingleObject(lateReader->created, 10000), WAIT_OBJECT_0);
+    HANDLE sender = CreateThread(nullptr, 0, SendFromTheStack, nullptr, 0, nullptr);
+    while (lateReader->sending == 0) Sleep(1);
+    Sleep(20);
+    return {reader, sender};
+}
+
+DWORD ExitCode(HANDLE thread) {
+    DWORD code = 0;
+    GetExitCodeThread(thread, &code);
+    return code;
+}
+}  // namespace
+
+TEST_F(Windows, SendOfATerminatedSenderIsWithdrawnBeforeTheOwnerSeesIt) {
+    LateReader r;
+    lateReader = &r;
+    auto [reader, sender] = StartReaderAndSender();
+    TerminateThread(sender, 8);
+    ASSERT_EQ(WaitForSingleObject(sender, 10000), WAIT_OBJECT_0);
+    EXPECT_EQ(ExitCode(sender), 8u);
+    SetEvent(r.finish);
+    SetEvent(r.read);
+    PostMessageW(r.window, WM_CLOSE, 0, 0);
+    ASSERT_EQ(WaitForSingleObject(reader, 10000), WAIT_OBJECT_0);
+    EXPECT_EQ(r.sendsRun.load(), 0);
+    CloseHandle(reader);
+    CloseHandle(sender);
+}
+
+TEST_F(Windows, TerminatedSenderStaysUntilTheOwnerHasFinishedWithItsMessage) {
+    LateReader r;
+    lateReader = &r;
+    SetEvent(r.read);
+    auto [reader, sender] = StartReaderAndSender();
+    ASSERT_EQ(WaitForSingleObject(r.entered, 10000), WAIT_OBJECT_0);
+    TerminateThread(sender, 9);
+    EXPECT_EQ(WaitForSingleObject(sender, 50), WAIT_TIMEOUT);  // its stack is still in use
+    SetEvent(r.finish);
+    ASSERT_EQ(WaitForSingleObject(sender, 10000), WAIT_OBJECT_0);
+    EXPECT_EQ(ExitCode(sender), 9u);
+    EXPECT_EQ(r.valueSeen.load(), 42);
+    PostMessageW(r.window, WM_CLOSE, 0, 0);
+    ASSERT_EQ(WaitForSingleObject(reader, 10000), WAIT_OBJECT_0);
+    CloseHandle(reader);
+    CloseHandle(sender);
+}
+
+TEST_F(Windows, SendToAThreadThatEndsWithoutReadingReturnsZero) {
+    LateReader r;
+    lateReader = &r;
+    r.leaveUnread = true;
+    auto [reader, sender] = StartReaderAndSender();
+    SetEvent(r.read);
+    ASSERT_EQ(WaitForSingleObject(reader, 10000), WAIT_OBJECT_0);
+    ASSERT_EQ(WaitForSingleObject(sender, 10000), WAIT_OBJECT_0);
+    EXPECT_EQ(ExitCode(sender), 0u);
+    EXPECT_EQ(r.sendsRun.load(), 0);
+    EXPECT_FALSE(IsWindow(r.window));
+    CloseHandle(reader);
+    CloseHandle(sender);
+}
+
+namespace {
+// A thread whose windows take a while to destroy, to be terminated again meanwhile.
+struct SlowEnd {
+    HANDLE ready = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    HANDLE destroying = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    HWND windows[2] = {};
+    std::atomic<int> destroyed{0};
+};
+SlowEnd* slowEnd = nullptr;
+
+LRESULT CALLBACK SlowToDestroy(HWND h, UINT m, WPARAM w, LPARAM l) {
+    if (m == WM_DESTROY) {
+        SetEvent(slowEnd->destroying);
+        Sleep(30);
+    }
+    if (m == WM_NCDESTROY) ++slowEnd->destroyed;
+    return DefWindowProcW(h, m, w, l);
+}
+
+DWORD WINAPI MakeWindowsAndSleep(LPVOID) {
+    WNDCLASSW c{};
+    c.lpfnWndProc = SlowToDestroy;
+    c.lpszClassName = L"Slow to destroy";
+    RegisterClassW(&c);
+    for (HWND& h : slowEnd->windows)
+        h = CreateWindowExW(0, L"Slow to destroy", L"", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
+    SetEvent(slowEnd->ready);
+    Sleep(INFINITE);
+    return 0;
+}
+}  // namespace
+
+TEST_F(Windows, SecondTerminateDoesNotCutShortTheDestructionOfAnEndingThreadsWindows) {
+    SlowEnd e;
+    slowEnd = &e;
+    HANDLE thread = CreateThread(nullptr, 0, MakeWindowsAndSleep, nullptr, 0, nullptr);
+    ASSERT_EQ(WaitForSingleObject(e.ready, 10000), WAIT_OBJECT_0);
+    TerminateThread(thread, 1);
+    ASSERT_EQ(WaitForSingleObject(e.destroying, 10000), WAIT_OBJECT_0);
+    TerminateThread(thread, 2);
+    ASSERT_EQ(WaitForSingleObject(thread, 10000), WAIT_OBJECT_0);
+    EXPECT_EQ(ExitCode(thread), 1u);
+    EXPECT_EQ(e.destroyed.load(), 2);
+    for (HWND h : e.windows) EXPECT_FALSE(IsWindow(h));
+    CloseHandle(thread);
+    CloseHandle(e.ready);
+    CloseHandle(e.destroying);
 }
 
 namespace {
