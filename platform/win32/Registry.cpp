@@ -227,7 +227,11 @@ LONG Walk(RegKey* from, LPCWSTR path, bool create, RegKey*& found, RegKey*& pare
 
 }  // namespace
 
-LONG RegOpenKeyExW(HKEY key, LPCWSTR subKey, DWORD, REGSAM, PHKEY result) {
+namespace {
+
+// Opens, or with `create` also makes, the key `subKey` names below `key`.
+LONG OpenKey(HKEY key, LPCWSTR subKey, bool create, PHKEY result, bool& created) {
+    created = false;
     if (!result) return ERROR_INVALID_PARAMETER;
     *result = nullptr;
     RegistryState& r = Registry();
@@ -235,26 +239,24 @@ LONG RegOpenKeyExW(HKEY key, LPCWSTR subKey, DWORD, REGSAM, PHKEY result) {
     RegKey* from = nullptr;
     if (LONG status = Resolve(r, key, from); status != ERROR_SUCCESS) return status;
     RegKey *found = nullptr, *parent = nullptr;
-    bool created = false;
-    if (LONG status = Walk(from, subKey, false, found, parent, created); status != ERROR_SUCCESS) return status;
+    if (LONG status = Walk(from, subKey, create, found, parent, created); status != ERROR_SUCCESS) return status;
     *result = OpenHandle(r, Holder(r, key, found, parent));
     return ERROR_SUCCESS;
 }
 
+}  // namespace
+
+LONG RegOpenKeyExW(HKEY key, LPCWSTR subKey, DWORD, REGSAM, PHKEY result) {
+    bool created;
+    return OpenKey(key, subKey, false, result, created);
+}
+
 LONG RegCreateKeyExW(HKEY key, LPCWSTR subKey, DWORD, LPWSTR, DWORD, REGSAM, LPSECURITY_ATTRIBUTES, PHKEY result,
                      LPDWORD disposition) {
-    if (!result) return ERROR_INVALID_PARAMETER;
-    *result = nullptr;
-    RegistryState& r = Registry();
-    std::lock_guard g(r.lock);
-    RegKey* from = nullptr;
-    if (LONG status = Resolve(r, key, from); status != ERROR_SUCCESS) return status;
-    RegKey *found = nullptr, *parent = nullptr;
-    bool created = false;
-    if (LONG status = Walk(from, subKey, true, found, parent, created); status != ERROR_SUCCESS) return status;
-    *result = OpenHandle(r, Holder(r, key, found, parent));
-    if (disposition) *disposition = created ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
-    return ERROR_SUCCESS;
+    bool created;
+    const LONG status = OpenKey(key, subKey, true, result, created);
+    if (status == ERROR_SUCCESS && disposition) *disposition = created ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
+    return status;
 }
 
 LONG RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, LPDWORD nameLength, LPDWORD, LPWSTR keyClass,
