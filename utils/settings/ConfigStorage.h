@@ -71,11 +71,15 @@ private:
     template <class T>
     void Set(const T& value, EValueType type);
 
+    friend class CConfigGroup;
+
     CConfigGroup& m_parent;
     EValueType m_type = None;
     CKivStringT m_name;
     bool m_hasValue = false;
     bool m_needsLoad = true;
+    // A stand-in for an item that cannot exist (see CConfigGroup): setting it does nothing.
+    bool m_standIn = false;
     union {
         wchar_t* text;  // null for the empty text
         int integer;
@@ -171,8 +175,11 @@ private:
 
     // Stand-ins handed out where no item can exist (a value asked of the root, an index
     // beyond the end), so that a caller's mistake reads defaults instead of crashing.
+    // A stand-in and everything inside it are inert: a value set there is dropped, and no
+    // group is saved and nobody is told, so the mistake never rewrites the back end.
     CConfigValue* m_placeholder = nullptr;
     CConfigGroup* m_placeholderGroup = nullptr;
+    bool m_standIn = false;
 };
 
 class CConfigStorage : public SharedHeapObject {

@@ -293,6 +293,29 @@ TEST(ConfigGroupLookup, MistakenAccessReadsDefaultsInsteadOfCrashing) {
     EXPECT_EQ(log.count(), 2u);
 }
 
+TEST(ConfigGroupLookup, StandInsTakeNoWrites) {
+    kiv_test::LogCapture log;
+    // G exists only in memory: a write that reached the model would save it and tell the
+    // storage. Writes through stand-ins, at any depth, reach nobody and are dropped.
+    Backing b;
+    RecStorage s(b);
+    CConfigGroup& g = s.GetGroup(L"G");
+    CConfigGroup* root = g.GetParent();
+    g.GetValue(5u).SetAsInteger(3);
+    root->SetIntegerValue(L"x", 2);
+    s.GetGroup(40u).SetIntegerValue(L"y", 1);
+    s.GetGroup(40u).GetGroup(L"Sub").SetStringValue(L"z", L"t");
+    g.GetGroup(9u).GetValue(0u).SetAsBoolean(true);
+    EXPECT_TRUE(b.events.empty()) << b.events.front();
+    EXPECT_EQ(g.GetValue(5u).GetAsInteger(4), 4);
+    EXPECT_EQ(s.GetGroup(40u).GetIntegerValue(L"y", 8), 8);
+    EXPECT_EQ(s.GetGroup(40u).GetGroup(L"Sub").GetStringValue(L"z", L"d"), L"d");
+    EXPECT_EQ(g.GetNumberOfValues(), 0u);
+    // The real items around them still save as before.
+    g.SetIntegerValue(L"n", 1);
+    EXPECT_EQ(b.events, (Events{L"save group G", L"group added G", L"save value G/n", L"value added n"}));
+}
+
 // ---- deleting and sharing ------------------------------------------------------------------
 
 TEST(ConfigGroupDelete, RootIgnoresDeleteAndGroupsTakeTheirSubtree) {
