@@ -106,7 +106,7 @@ void EraseItem(CKivArray<T*>& items, Index& firstByName, const T& item) {
 // ---- CConfigValue --------------------------------------------------------------------------
 
 CConfigValue::CConfigValue(CConfigGroup& parent, const CKivStringT& name)
-    : m_parent(parent), m_name(name), m_standIn(parent.m_standIn) {
+    : m_parent(parent), m_name(name.view()), m_standIn(parent.m_standIn) {
     m_parent.Add(*this);
 }
 

@@ -4,10 +4,12 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "platform/kivutils/Heap.h"
 #include "platform/kivutils/KivArray.h"
 #include "platform/kivutils/KivString.h"
+#include "utils/settings/ItemName.h"
 #include "utils/settings/NameIndex.h"
 
 class CConfigGroup;
@@ -22,7 +24,8 @@ public:
 
     CConfigGroup& GetParent() const { return m_parent; }
     CConfigStorage& GetStorage() const;
-    const CKivStringT& GetName() const { return m_name; }
+    const CKivStringT& GetName() const { return m_name.AsString(); }
+    std::wstring_view NameView() const { return m_name.view(); }
 
     EValueType GetType();
     bool HasValue();
@@ -75,7 +78,7 @@ private:
 
     CConfigGroup& m_parent;
     EValueType m_type = None;
-    CKivStringT m_name;
+    kiv_settings_detail::ItemName m_name;
     bool m_hasValue = false;
     bool m_needsLoad = true;
     // A stand-in for an item that cannot exist (see CConfigGroup): setting it does nothing.
@@ -94,6 +97,7 @@ public:
     virtual CConfigStorage& GetStorage();
 
     const CKivStringT& GetName() const { return m_name; }
+    std::wstring_view NameView() const { return m_name.view(); }
     CConfigGroup* GetParent() const { return m_parent; }
 
     unsigned GetNumberOfValues();

@@ -255,7 +255,7 @@ void CXmlConfigStorage::SaveGroup(std::wstring& out, CConfigGroup& group) {
         const wchar_t* word = TypeWord(value.GetType());
         if (word == nullptr) continue;
         out += CXmlParserBase::OpenTag(kValue, openFlags).str();
-        out += CXmlParserBase::FormAttrib(L"name", value.GetName(), false).str();
+        out += CXmlParserBase::FormAttrib(L"name", CKivStringT(value.NameView()), false).str();
         out += CXmlParserBase::FormAttrib(L"type", word, false).str();
         out += L">";
         // Deliberate: the text goes out as it stands; no escaping is added here.

@@ -280,6 +280,25 @@ TEST(ConfigGroupLookup, TenThousandValuesAreEachFoundByName) {
     EXPECT_EQ(g.GetNumberOfValues(), 10000u);
 }
 
+TEST(ConfigGroupLookup, NamesOfEveryLengthAreKeptAndFound) {
+    // Short names live inside the value and long ones beside it; either way a name reads
+    // back whole, the same string object every time, and lookups find it.
+    Backing b;
+    RecStorage s(b);
+    CConfigGroup& g = s.GetGroup(L"G");
+    std::vector<std::wstring> names;
+    for (size_t length = 0; length <= 30; ++length) names.push_back(std::wstring(length, L'n') + L"\u00e9\U0001F600");
+    names.push_back(L"");
+    for (size_t i = 0; i < names.size(); ++i) g.SetIntegerValue(CKivStringT(names[i]), static_cast<int>(i));
+    for (size_t i = 0; i < names.size(); ++i) {
+        CConfigValue& v = g.GetValue(CKivStringT(names[i]));
+        EXPECT_EQ(v.GetName(), CKivStringT(names[i]));
+        EXPECT_EQ(&v.GetName(), &v.GetName());
+        EXPECT_EQ(v.GetAsInteger(-1), static_cast<int>(i));
+    }
+    EXPECT_EQ(g.GetNumberOfValues(), names.size());
+}
+
 TEST(ConfigGroupLookup, MistakenAccessReadsDefaultsInsteadOfCrashing) {
     kiv_test::LogCapture log;
     Backing b;
