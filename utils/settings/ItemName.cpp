@@ -1,3 +1,4 @@
+// Short names stored in place, long ones on the heap; the string form on demand.
 #include "utils/settings/ItemName.h"
 
 #include <cwchar>
