@@ -37,9 +37,11 @@ bool StoreLastPath(const wchar_t* category, const CKivStringT& filePath) {
     if (!FileFuncs::IsDirExist(settingsFolder)) FileFuncs::CreateDir(settingsFolder);
     const CKivStringT folder = FileFuncs::ExtractDirNameWithoutSlashFromPathName(filePath);
     kiv_settings::CThreeTupleStore store;
-    // A missing file reads as an empty store and UTF-16LE, the encoding of a new file.
+    // A missing file reads as an empty store and UTF-16LE, the encoding of a new file; a
+    // file that exists but does not read is left alone rather than replaced by one record.
     kiv_settings::ETextEncoding encoding = kiv_settings::eEncodingUtf16LE;
-    kiv_settings::readSettingsAsIni(LastPathsFile(), store, encoding);
+    if (!kiv_settings::readSettingsAsIni(LastPathsFile(), store, encoding) && FileFuncs::IsFileExist(LastPathsFile()))
+        return false;
     store.SetValue(kLastPathSection, category, folder);
     return kiv_settings::writeSettingsAsIni(LastPathsFile(), store, encoding);
 }

@@ -1,6 +1,6 @@
 // The CRC-16 tables and loops. The instance table is the one callers see through
-// CRC16Init; long buffers go through eight derived tables (slicing by eight), which
-// give the same value as the byte loop, eight bytes per step.
+// CRC16Init; long buffers over the standard table go through eight derived tables
+// (slicing by eight), which give the same value as the byte loop, eight bytes per step.
 #include "utils/settings/CRC16.h"
 
 #include <cstdint>
@@ -36,6 +36,10 @@ constexpr SliceTables MakeSlices() {
 }
 
 constexpr SliceTables kSlices = MakeSlices();
+static_assert(sizeof kSlices.t[0] == 256 * sizeof(unsigned short));
+
+// Below this length the check of the instance table would cost more than slicing saves.
+constexpr int kSliceFrom = 256;
 
 unsigned SliceBy8(unsigned crc, const unsigned char*& p, std::size_t blocks) {
     const auto& t = kSlices.t;
@@ -71,9 +75,17 @@ unsigned short CCRC16::ComputeCRC16(unsigned short crc, const void* data, int le
     }
     if (length == 0) return crc;
     const auto* p = static_cast<const unsigned char*>(data);
-    const std::size_t blocks = static_cast<std::size_t>(length) / 8;
-    unsigned reg = SliceBy8(crc, p, blocks);
-    for (int left = length % 8; left > 0; --left, ++p) {
+    unsigned reg = crc;
+    int left = length;
+    // The derived tables belong to the standard table. CRC16Init hands out the instance
+    // table for writing, so a caller may have changed it at any time: a long buffer is
+    // sliced only while the table is still the standard one, and anything else goes
+    // byte by byte through the table as it now is. Short buffers skip the comparison.
+    if (length >= kSliceFrom && std::memcmp(m_table, kSlices.t[0], sizeof m_table) == 0) {
+        reg = SliceBy8(reg, p, static_cast<std::size_t>(length) / 8);
+        left = length % 8;
+    }
+    for (; left > 0; --left, ++p) {
         const unsigned index = (*p ^ (reg >> 8)) & 0xFF;
         // Deliberate: the guard admits 256 and cannot fire for byte input; it is kept
         // as the data checks have always had it.

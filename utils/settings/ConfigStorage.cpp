@@ -52,7 +52,7 @@ private:
 
 namespace {
 
-// A value that no back end knows: it reads defaults and keeps what is set in memory.
+// A value that no back end knows: it reads defaults.
 class InertValue : public CConfigValue {
 public:
     InertValue(CConfigGroup& parent, const CKivStringT& name) : CConfigValue(parent, name) {}
@@ -105,7 +105,8 @@ void EraseItem(CKivArray<T*>& items, Index& firstByName, const T& item) {
 
 // ---- CConfigValue --------------------------------------------------------------------------
 
-CConfigValue::CConfigValue(CConfigGroup& parent, const CKivStringT& name) : m_parent(parent), m_name(name) {
+CConfigValue::CConfigValue(CConfigGroup& parent, const CKivStringT& name)
+    : m_parent(parent), m_name(name.view()), m_standIn(parent.m_standIn) {
     m_parent.Add(*this);
 }
 
@@ -167,6 +168,7 @@ bool CConfigValue::IsEqualTo(bool value) const { return m_hasValue && m_type == 
 
 template <class T>
 void CConfigValue::Set(const T& value, EValueType type) {
+    if (m_standIn) return;
     // A group that exists only in memory reaches the back end, ancestors first, before
     // its first value does.
     m_parent.Save();
@@ -244,7 +246,8 @@ void CConfigValue::Notify(bool isNew, bool changed) {
 
 CConfigGroup::CConfigGroup() = default;
 
-CConfigGroup::CConfigGroup(CConfigGroup& parent, const CKivStringT& name) : m_parent(&parent), m_name(name) {
+CConfigGroup::CConfigGroup(CConfigGroup& parent, const CKivStringT& name)
+    : m_parent(&parent), m_name(name), m_standIn(parent.m_standIn) {
     parent.Add(*this);
 }
 
@@ -322,6 +325,7 @@ CConfigGroup& CConfigGroup::FirstGroupNamed(const CKivStringT& name) {
 CConfigValue& CConfigGroup::Placeholder() {
     if (!m_placeholder) {
         m_placeholder = new InertValue(*this, CKivStringT());
+        m_placeholder->m_standIn = true;
         Remove(*m_placeholder);
     }
     return *m_placeholder;
@@ -330,6 +334,7 @@ CConfigValue& CConfigGroup::Placeholder() {
 CConfigGroup& CConfigGroup::PlaceholderGroup() {
     if (!m_placeholderGroup) {
         m_placeholderGroup = new InertGroup(*this, CKivStringT());
+        m_placeholderGroup->m_standIn = true;
         Remove(*m_placeholderGroup);
     }
     return *m_placeholderGroup;

@@ -4,10 +4,12 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "platform/kivutils/Heap.h"
 #include "platform/kivutils/KivArray.h"
 #include "platform/kivutils/KivString.h"
+#include "utils/settings/ItemName.h"
 #include "utils/settings/NameIndex.h"
 
 class CConfigGroup;
@@ -22,7 +24,8 @@ public:
 
     CConfigGroup& GetParent() const { return m_parent; }
     CConfigStorage& GetStorage() const;
-    const CKivStringT& GetName() const { return m_name; }
+    const CKivStringT& GetName() const { return m_name.AsString(); }
+    std::wstring_view NameView() const { return m_name.view(); }
 
     EValueType GetType();
     bool HasValue();
@@ -71,11 +74,15 @@ private:
     template <class T>
     void Set(const T& value, EValueType type);
 
+    friend class CConfigGroup;
+
     CConfigGroup& m_parent;
     EValueType m_type = None;
-    CKivStringT m_name;
+    kiv_settings_detail::ItemName m_name;
     bool m_hasValue = false;
     bool m_needsLoad = true;
+    // A stand-in for an item that cannot exist (see CConfigGroup): setting it does nothing.
+    bool m_standIn = false;
     union {
         wchar_t* text;  // null for the empty text
         int integer;
@@ -90,6 +97,7 @@ public:
     virtual CConfigStorage& GetStorage();
 
     const CKivStringT& GetName() const { return m_name; }
+    std::wstring_view NameView() const { return m_name.view(); }
     CConfigGroup* GetParent() const { return m_parent; }
 
     unsigned GetNumberOfValues();
@@ -171,8 +179,11 @@ private:
 
     // Stand-ins handed out where no item can exist (a value asked of the root, an index
     // beyond the end), so that a caller's mistake reads defaults instead of crashing.
+    // A stand-in and everything inside it are inert: a value set there is dropped, and no
+    // group is saved and nobody is told, so the mistake never rewrites the back end.
     CConfigValue* m_placeholder = nullptr;
     CConfigGroup* m_placeholderGroup = nullptr;
+    bool m_standIn = false;
 };
 
 class CConfigStorage : public SharedHeapObject {

@@ -19,13 +19,14 @@ public:
     T* Find(const CKivArray<T*>& items, std::wstring_view name) {
         if (items.GetSize() <= kLinearLimit) {
             for (T* item : items)
-                if (item->GetName().view() == name) return item;
+                if (SameName(item->NameView(), name)) return item;
             return nullptr;
         }
         if (slots_.empty()) Build(items);
-        for (size_t i = Hash(name) & Mask();; i = (i + 1) & Mask()) {
-            if (slots_[i] == nullptr) return nullptr;
-            if (slots_[i]->GetName().view() == name) return slots_[i];
+        const std::uint32_t hash = Hash(name);
+        for (size_t i = hash & Mask();; i = (i + 1) & Mask()) {
+            if (slots_[i].item == nullptr) return nullptr;
+            if (slots_[i].hash == hash && SameName(slots_[i].item->NameView(), name)) return slots_[i].item;
         }
     }
 
@@ -47,33 +48,55 @@ public:
 private:
     static constexpr int kLinearLimit = 8;
 
+    // The hash is kept beside the item, so that a probe past another name does not read
+    // that item at all.
+    struct Slot {
+        T* item;
+        std::uint32_t hash;
+    };
+
     size_t Mask() const { return slots_.size() - 1; }
-    // FNV-1a over the characters: names are short, so a light hash beats a strong one.
-    static size_t Hash(std::wstring_view name) {
-        std::uint64_t h = 14695981039346656037ULL;
-        for (wchar_t c : name) h = (h ^ static_cast<std::uint64_t>(c)) * 1099511628211ULL;
-        return static_cast<size_t>(h ^ (h >> 29));
+    // Names are short, so a light hash beats a strong one: two characters to a 64-bit
+    // word, one multiply per word, and a final fold of the high bits into the low ones.
+    static std::uint32_t Hash(std::wstring_view name) {
+        std::uint64_t h = 14695981039346656037ULL ^ name.size();
+        size_t i = 0;
+        for (; i + 2 <= name.size(); i += 2) {
+            const std::uint64_t pair = static_cast<std::uint32_t>(name[i]) |
+                                       (static_cast<std::uint64_t>(static_cast<std::uint32_t>(name[i + 1])) << 32);
+            h = (h ^ pair) * 0x9E3779B97F4A7C15ULL;
+        }
+        if (i < name.size()) h = (h ^ static_cast<std::uint32_t>(name[i])) * 0x9E3779B97F4A7C15ULL;
+        return static_cast<std::uint32_t>(h ^ (h >> 32));
+    }
+    // Names are a handful of characters: a plain loop beats a call into the C library.
+    static bool SameName(std::wstring_view a, std::wstring_view b) {
+        if (a.size() != b.size()) return false;
+        for (size_t i = 0; i < a.size(); ++i)
+            if (a[i] != b[i]) return false;
+        return true;
     }
 
     void Build(const CKivArray<T*>& items) {
         size_t size = 16;
         while (size < 2 * static_cast<size_t>(items.GetSize()) + 2) size *= 2;
-        slots_.assign(size, nullptr);
+        slots_.assign(size, Slot{nullptr, 0});
         used_ = 0;
         for (T* item : items) Insert(item);
     }
 
     // Keeps an earlier item of the same name: lookups answer with the first.
     void Insert(T* item) {
-        const std::wstring_view name = item->GetName().view();
-        size_t i = Hash(name) & Mask();
-        for (; slots_[i] != nullptr; i = (i + 1) & Mask())
-            if (slots_[i]->GetName().view() == name) return;
-        slots_[i] = item;
+        const std::wstring_view name = item->NameView();
+        const std::uint32_t hash = Hash(name);
+        size_t i = hash & Mask();
+        for (; slots_[i].item != nullptr; i = (i + 1) & Mask())
+            if (slots_[i].hash == hash && SameName(slots_[i].item->NameView(), name)) return;
+        slots_[i] = Slot{item, hash};
         ++used_;
     }
 
-    std::vector<T*> slots_;
+    std::vector<Slot> slots_;
     size_t used_ = 0;
 };
 

@@ -10,6 +10,7 @@ namespace {
 
 constexpr UINT kOpenFlags = CFile::modeCreate | CFile::modeNoTruncate | CFile::shareDenyWrite | CFile::typeBinary;
 const wchar_t kHistoryRoot[] = L"NurvoJobHistory";
+const wchar_t kDeclaration[] = L"<?xml version=\"1.0\"?>";
 
 unsigned long CharacterOf(wchar_t wc) {
     const auto c = static_cast<unsigned long>(wc);
@@ -63,8 +64,10 @@ bool CXMLWriterBase::Open(const CKivStringT& path, bool& created) {
     if (IsOpen()) Close();
     if (!m_file.Open(path, CFile::modeReadWrite | kOpenFlags)) return false;
     m_file.SeekToEnd();
-    created = !exists;
+    m_startedNew = !exists;
     InitOnOpen(!exists);
+    // An existing file that held no document yet is begun anew, and counts as created.
+    created = m_startedNew;
     FlushPending();
     ReOpen(path);
     return true;
@@ -163,29 +166,73 @@ bool CXMLWriterBase::RewindLastTag(const CKivStringT& name) {
     const CKivStringT tag = L"</" + name + L">";
     const LONG tagLength = tag.GetLength();
     const LONG chars = static_cast<LONG>(m_file.GetLength() / static_cast<DWORD>(m_bytesPerChar));
+    // The end of the last whole character. A write torn by a crash or a full disk may
+    // have left half of one behind, and nothing may ever follow such a half: every later
+    // character would be read a byte out of step.
+    const LONG whole = chars * m_bytesPerChar;
     if (chars < tagLength) {
-        m_file.SeekToEnd();
+        m_file.Seek(whole, CFile::begin);
         return false;
     }
     LONG n = tagLength;
     // Deliberate: a count of characters is compared with a count of bytes here; it only
     // decides whether the trailing CR LF is read along.
     if (!(chars < (tagLength + 2) * m_bytesPerChar)) n += 2;
-    m_file.Seek(-n * m_bytesPerChar, CFile::end);
+    const LONG windowStart = whole - n * m_bytesPerChar;
+    m_file.Seek(windowStart, CFile::begin);
     std::string bytes(static_cast<size_t>(n * m_bytesPerChar), '\0');
     const UINT got = m_file.Read(bytes.data(), static_cast<UINT>(bytes.size()));
     bytes.resize(got);
     std::string tagBytes;
     AppendUtf16(tagBytes, tag.view());
     const size_t found = ToUnits(bytes).find(ToUnits(tagBytes));
-    if (found != std::u16string::npos)
-        m_file.Seek(static_cast<LONG>(found) * m_bytesPerChar - static_cast<LONG>(got), CFile::current);
+    if (found != std::u16string::npos) {
+        m_file.Seek(windowStart + static_cast<LONG>(found) * m_bytesPerChar, CFile::begin);
+    } else if (got == bytes.size()) {
+        // Where the end tag is missing, the document was cut short: continuing where the
+        // read ended would append after a torn tail. Instead the writer steps back to
+        // the end of the last complete line and cuts off what follows it, so that the
+        // next write continues the last complete element, at a whole character, and no
+        // torn byte is left behind a shorter write. A file without any complete line is
+        // not one of these documents and keeps its bytes.
+        const LONG lineEnd = EndOfLastCompleteLine(whole);
+        if (lineEnd > 0) {
+            m_file.SetLength(static_cast<DWORD>(lineEnd));
+        } else {
+            m_file.Seek(whole, CFile::begin);
+        }
+    } else {
+        // The tail cannot be read (a write-only handle): stay at the last whole character.
+        m_file.Seek(whole, CFile::begin);
+    }
     m_elements.RemoveAll();
     m_elements.Add(name);
     m_startTagPending = false;
     m_depth = 1;
     m_writtenCount = 1;
     return true;
+}
+
+LONG CXMLWriterBase::EndOfLastCompleteLine(LONG end) {
+    constexpr LONG kChunkChars = 512;
+    const LONG unit = m_bytesPerChar;
+    std::string bytes;
+    bool lfFollows = false;  // the character just after the chunk is a line feed
+    for (LONG hi = end; hi > 0;) {
+        const LONG lo = hi > kChunkChars * unit ? hi - kChunkChars * unit : 0;
+        bytes.assign(static_cast<size_t>(hi - lo), '\0');
+        if (m_file.Seek(lo, CFile::begin) != lo ||
+            m_file.Read(bytes.data(), static_cast<UINT>(bytes.size())) != bytes.size())
+            return 0;
+        const std::u16string units = ToUnits(bytes);
+        for (size_t i = units.size(); i-- > 0;) {
+            const bool lf = i + 1 < units.size() ? units[i + 1] == u'\n' : lfFollows;
+            if (units[i] == u'\r' && lf) return lo + static_cast<LONG>(i + 2) * unit;
+        }
+        lfFollows = units.front() == u'\n';
+        hi = lo;
+    }
+    return 0;
 }
 
 // ---- CXMLWriter ---------------------------------------------------------------------------
@@ -220,15 +267,49 @@ unsigned CXMLWriter::FoldEncoded(std::string_view utf16le, unsigned sum) {
 
 void CXMLWriter::InitOnOpen(bool isNewFile) {
     if (isNewFile) {
-        // The byte-order mark is outside the checksum.
-        static const unsigned char bom[2] = {0xFF, 0xFE};
-        WriteRawBytes(bom, sizeof bom);
-        WriteLine(L"<?xml version=\"1.0\"?>");
-        WriteStartDocument();
-        WriteStartElement(kHistoryRoot);
+        BeginDocument();
         return;
     }
-    if (RewindLastTag(kHistoryRoot)) RestoreCheckSum();
+    const bool rewound = RewindLastTag(kHistoryRoot);
+    if (HoldsNoDocument()) {
+        // An empty file, or one whose first session was torn before the root's start tag
+        // was whole, holds nothing to continue: it is begun as a new one.
+        m_file.SetLength(0);
+        m_startedNew = true;
+        m_elements.RemoveAll();  // the root that the rewind reopened is not in the file
+        m_depth = 0;
+        m_writtenCount = 0;
+        BeginDocument();
+        return;
+    }
+    if (rewound) RestoreCheckSum();
+}
+
+void CXMLWriter::BeginDocument() {
+    // The byte-order mark is outside the checksum.
+    static const unsigned char bom[2] = {0xFF, 0xFE};
+    WriteRawBytes(bom, sizeof bom);
+    WriteLine(kDeclaration);
+    WriteStartDocument();
+    WriteStartElement(kHistoryRoot);
+}
+
+bool CXMLWriter::HoldsNoDocument() {
+    std::string header = "\xFF\xFE";
+    AppendUtf16(header, kDeclaration);
+    AppendUtf16(header, L"\r\n");
+    if (m_file.GetLength() < header.size()) return true;
+    std::string rootTag;
+    AppendUtf16(rootTag, (L"<" + CKivStringT(kHistoryRoot) + L">").view());
+    const DWORD position = m_file.GetPosition();
+    if (position >= header.size() + rootTag.size()) return false;
+    // What stays is at most the mark, the declaration and part of the root's start tag;
+    // a file that does not begin so is none of ours and is left as it is.
+    std::string begins(header.size(), '\0');
+    m_file.SeekToBegin();
+    const bool ours = m_file.Read(begins.data(), static_cast<UINT>(begins.size())) == begins.size() && begins == header;
+    m_file.Seek(static_cast<LONG>(position), CFile::begin);
+    return ours;
 }
 
 void CXMLWriter::WriteCheckSum() {

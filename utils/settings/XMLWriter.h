@@ -47,6 +47,9 @@ protected:
     bool IsOpen() const;
     // Writes bytes that bypass Write (the byte-order mark).
     void WriteRawBytes(const void* bytes, unsigned count);
+    // The byte offset just after the last CR LF before `end` (an even offset), or 0 when
+    // there is none or the file cannot be read.
+    LONG EndOfLastCompleteLine(LONG end);
     // Sends what the current call has produced to the file in one write.
     void FlushPending();
     std::string_view PendingBytes() const { return m_pending; }
@@ -72,6 +75,8 @@ protected:
     int m_depth = 0;
     int m_writtenCount = 0;
     CFile m_file;
+    // Open reports this as `created`; InitOnOpen sets it when it begins an existing file anew.
+    bool m_startedNew = false;
 
 private:
     std::string m_pending;
@@ -99,6 +104,10 @@ public:
     ~CXMLWriter() override;
 
 private:
+    void BeginDocument();
+    // True when the open file holds no document to continue: shorter than the mark and
+    // the declaration, or torn before the root's start tag was whole.
+    bool HoldsNoDocument();
     void WriteCheckSum(unsigned value);
     unsigned ContinueCheckSum(const CKivStringT& text, unsigned sum);
     unsigned FoldEncoded(std::string_view utf16le, unsigned sum);

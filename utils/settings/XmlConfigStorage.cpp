@@ -6,12 +6,12 @@
 #include <memory>
 #include <new>
 #include <cstdlib>
-#include <cwctype>
+#include <cwchar>
+#include <locale.h>
 
 #include "platform/host/TextCodec.h"
 #include "platform/kivutils/FileFuncs.h"
 #include "platform/kivutils/KivArray.h"
-#include "platform/kivutils/KivFormats.h"
 #include "platform/kivutils/XmlParser.h"
 #include "platform/mfc/File.h"
 #include "utils/settings/AppStrPaths.h"
@@ -56,29 +56,17 @@ int ReadLong(const CKivStringT& text) {
     return v > INT_MAX ? INT_MAX : v < INT_MIN ? INT_MIN : static_cast<int>(v);
 }
 
-// As wcstod reads decimal text ("1e3", "2.5kg" reads 2.5), but with '.' as the decimal
-// point whatever the process locale says; no number at the start reads 0.
+// As wcstod reads: blanks, then the longest prefix that is a number (decimal or
+// hexadecimal, with its exponent), "inf", "infinity" or "nan" with its optional
+// parenthesis, in any case; text without a number reads 0, and a number beyond the range
+// of a double reads as infinity of its sign. The call runs under the C locale, so that
+// '.' is the decimal point whatever the process locale says.
 double ReadDouble(const CKivStringT& text) {
-    const std::wstring_view s = text.view();
-    size_t i = 0;
-    while (i < s.size() && kiv_strings::IsBlank(s[i])) ++i;
-    const size_t start = i;
-    if (i < s.size() && (s[i] == L'+' || s[i] == L'-')) ++i;
-    size_t digits = 0;
-    for (; i < s.size() && std::iswdigit(s[i]); ++i) ++digits;
-    if (i < s.size() && s[i] == L'.')
-        for (++i; i < s.size() && std::iswdigit(s[i]); ++i) ++digits;
-    if (digits == 0) return 0.0;
-    if (i < s.size() && (s[i] == L'e' || s[i] == L'E')) {
-        size_t j = i + 1;
-        if (j < s.size() && (s[j] == L'+' || s[j] == L'-')) ++j;
-        if (j < s.size() && std::iswdigit(s[j])) {
-            while (j < s.size() && std::iswdigit(s[j])) ++j;
-            i = j;
-        }
-    }
-    double value = 0.0;
-    return kiv_formats::StringToDoubleView(s.substr(start, i - start), value) ? value : 0.0;
+    static const locale_t cLocale = newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(nullptr));
+    const locale_t previous = cLocale ? uselocale(cLocale) : static_cast<locale_t>(nullptr);
+    const double value = std::wcstod(text.GetString(), nullptr);
+    if (cLocale) uselocale(previous);
+    return value;
 }
 
 }  // namespace
@@ -267,7 +255,7 @@ void CXmlConfigStorage::SaveGroup(std::wstring& out, CConfigGroup& group) {
         const wchar_t* word = TypeWord(value.GetType());
         if (word == nullptr) continue;
         out += CXmlParserBase::OpenTag(kValue, openFlags).str();
-        out += CXmlParserBase::FormAttrib(L"name", value.GetName(), false).str();
+        out += CXmlParserBase::FormAttrib(L"name", CKivStringT(value.NameView()), false).str();
         out += CXmlParserBase::FormAttrib(L"type", word, false).str();
         out += L">";
         // Deliberate: the text goes out as it stands; no escaping is added here.

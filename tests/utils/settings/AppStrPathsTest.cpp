@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "platform/kivutils/FileFuncs.h"
 #include "platform/kivutils/IniFile.h"
 #include "platform/win32/Win32.h"
@@ -76,6 +78,17 @@ TEST_F(AppPathsTest, StoringOneCategoryKeepsTheOthers) {
     EXPECT_EQ(encoding, kiv_settings::eEncodingUtf16LE);
     EXPECT_EQ(store.GetValue(L"LAST_SELECTED_FILE_PATH", L"DTM"), L"\\Storage Card\\Other");
     EXPECT_EQ(store.GetKeyCount(0), 2);
+}
+
+TEST_F(AppPathsTest, UnreadableRememberedFoldersFileIsLeftAlone) {
+    // Larger than the INI reader takes: the file exists but does not read.
+    ASSERT_TRUE(StoreTN3FilePath(L"\\Storage Card\\Surfaces\\site.tn3"));
+    const std::string host = root_.HostPath(L"\\Storage Card\\Data\\FileSettings\\LastSelectedFilePaths.ini");
+    const auto tooLarge = static_cast<std::uintmax_t>(kiv_settings::kMaxIniFileBytes) + 1;
+    std::filesystem::resize_file(host, tooLarge);
+    EXPECT_FALSE(StoreImageDataPath(L"\\Storage Card\\Pics\\a.jpg"));
+    EXPECT_EQ(std::filesystem::file_size(host), tooLarge);
+    EXPECT_EQ(GetLastImageDataPath(), L"\\My Documents\\Zeb\\Images");
 }
 
 TEST_F(AppPathsTest, FileKindsCompareDottedExtensionsIgnoringCase) {

@@ -66,6 +66,26 @@ TEST(CRC16FastPath, EqualsTheByteLoopForEveryLengthAndAlignment) {
     }
 }
 
+TEST(CRC16FastPath, AChangedTableIsHonouredForEveryLength) {
+    std::vector<unsigned char> bytes(5000);
+    std::mt19937 rng(11);
+    for (auto& b : bytes) b = static_cast<unsigned char>(rng());
+    CCRC16 crc;
+    unsigned short* table = crc.CRC16Init();
+    const unsigned short standard = crc.ComputeCRC16(0xFFFF, bytes.data(), 5000);
+    table[0x5A] ^= 0x8001;
+    // A copy takes the changed table along.
+    CCRC16 copy(crc);
+    for (int n : {1, 7, 255, 256, 257, 1024, 4999, 5000}) {
+        EXPECT_EQ(crc.ComputeCRC16(0xFFFF, bytes.data(), n), ByteLoop(table, 0xFFFF, bytes.data(), n)) << n;
+        EXPECT_EQ(copy.ComputeCRC16(0xFFFF, bytes.data(), n), ByteLoop(table, 0xFFFF, bytes.data(), n)) << n;
+    }
+    EXPECT_NE(crc.ComputeCRC16(0xFFFF, bytes.data(), 5000), standard);
+    // Rebuilding the table brings the standard value, and the fast path, back.
+    crc.CRC16Init();
+    EXPECT_EQ(crc.ComputeCRC16(0xFFFF, bytes.data(), 5000), standard);
+}
+
 TEST(CRC16Objects, CopiesAndFactoryInstancesComputeAlike) {
     CCRC16 a;
     CCRC16 b(a);

@@ -280,6 +280,25 @@ TEST(ConfigGroupLookup, TenThousandValuesAreEachFoundByName) {
     EXPECT_EQ(g.GetNumberOfValues(), 10000u);
 }
 
+TEST(ConfigGroupLookup, NamesOfEveryLengthAreKeptAndFound) {
+    // Short names live inside the value and long ones beside it; either way a name reads
+    // back whole, the same string object every time, and lookups find it.
+    Backing b;
+    RecStorage s(b);
+    CConfigGroup& g = s.GetGroup(L"G");
+    std::vector<std::wstring> names;
+    for (size_t length = 0; length <= 30; ++length) names.push_back(std::wstring(length, L'n') + L"\u00e9\U0001F600");
+    names.push_back(L"");
+    for (size_t i = 0; i < names.size(); ++i) g.SetIntegerValue(CKivStringT(names[i]), static_cast<int>(i));
+    for (size_t i = 0; i < names.size(); ++i) {
+        CConfigValue& v = g.GetValue(CKivStringT(names[i]));
+        EXPECT_EQ(v.GetName(), CKivStringT(names[i]));
+        EXPECT_EQ(&v.GetName(), &v.GetName());
+        EXPECT_EQ(v.GetAsInteger(-1), static_cast<int>(i));
+    }
+    EXPECT_EQ(g.GetNumberOfValues(), names.size());
+}
+
 TEST(ConfigGroupLookup, MistakenAccessReadsDefaultsInsteadOfCrashing) {
     kiv_test::LogCapture log;
     Backing b;
@@ -291,6 +310,29 @@ TEST(ConfigGroupLookup, MistakenAccessReadsDefaultsInsteadOfCrashing) {
     EXPECT_EQ(s.GetGroup(L"G").GetValue(5u).GetAsInteger(4), 4);
     EXPECT_EQ(s.GetGroup(40u).GetNumberOfGroups(), 0u);
     EXPECT_EQ(log.count(), 2u);
+}
+
+TEST(ConfigGroupLookup, StandInsTakeNoWrites) {
+    kiv_test::LogCapture log;
+    // G exists only in memory: a write that reached the model would save it and tell the
+    // storage. Writes through stand-ins, at any depth, reach nobody and are dropped.
+    Backing b;
+    RecStorage s(b);
+    CConfigGroup& g = s.GetGroup(L"G");
+    CConfigGroup* root = g.GetParent();
+    g.GetValue(5u).SetAsInteger(3);
+    root->SetIntegerValue(L"x", 2);
+    s.GetGroup(40u).SetIntegerValue(L"y", 1);
+    s.GetGroup(40u).GetGroup(L"Sub").SetStringValue(L"z", L"t");
+    g.GetGroup(9u).GetValue(0u).SetAsBoolean(true);
+    EXPECT_TRUE(b.events.empty()) << b.events.front();
+    EXPECT_EQ(g.GetValue(5u).GetAsInteger(4), 4);
+    EXPECT_EQ(s.GetGroup(40u).GetIntegerValue(L"y", 8), 8);
+    EXPECT_EQ(s.GetGroup(40u).GetGroup(L"Sub").GetStringValue(L"z", L"d"), L"d");
+    EXPECT_EQ(g.GetNumberOfValues(), 0u);
+    // The real items around them still save as before.
+    g.SetIntegerValue(L"n", 1);
+    EXPECT_EQ(b.events, (Events{L"save group G", L"group added G", L"save value G/n", L"value added n"}));
 }
 
 // ---- deleting and sharing ------------------------------------------------------------------

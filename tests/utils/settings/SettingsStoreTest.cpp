@@ -23,22 +23,45 @@ protected:
 }  // namespace
 
 TEST_F(GlobalSettingsTest, StartWithTheirInitialValues) {
-    EXPECT_EQ(GetCountry(), eCountryUSA);
+    EXPECT_EQ(GetTicMenuSystem(), eMenuSystemStandard);
     EXPECT_FALSE(GetEuStyle());
+    EXPECT_EQ(GetCountry(), eCountryUSA);
+    EXPECT_FALSE(GetBoldFont());
+    EXPECT_FALSE(GetGISMode());
+    EXPECT_FALSE(GetCodeControlCodeMode());
+    EXPECT_TRUE(GetShowString());
+    EXPECT_FALSE(GetShowPtlMode());
+    int first = -1, second = -1;
+    EXPECT_FALSE(GetPtlModeRefPoints(first, second));
+    EXPECT_EQ(first, 0);
+    EXPECT_EQ(second, 0);
     EXPECT_EQ(GetStkIncPtByVal(), 1);
-    EXPECT_EQ(GetSelectedSerialPort(), 1);
+    EXPECT_FALSE(GetUseBluetoothTS());
+    EXPECT_FALSE(GetUseBluetoothGPS());
+    EXPECT_FALSE(GetUseInternalBT());
+    EXPECT_FALSE(GetUseExternalReceiver());
+    EXPECT_EQ(GetExternalRcvPort(), 0);
     EXPECT_EQ(GetSelectedBluetoothPort(), kiv_df::eCommNone);
+    EXPECT_EQ(GetSelectedBluetoothPort2(), kiv_df::eCommNone);
+    EXPECT_EQ(GetSelectedSerialPort(), 1);
+    EXPECT_FALSE(GetShowSecondCtrlCode());
+    EXPECT_EQ(GetRangeDelimiter(), 0);
+    EXPECT_FALSE(GetShowAlphaKeyMode());
+    EXPECT_FALSE(LumaroSettings::IsSensorPortSet());
+    EXPECT_FALSE(GetDoImageStakeout());
+    EXPECT_FALSE(GetMirrorImage());
+    EXPECT_EQ(GetBsFsCtrl(), nullptr);
+    EXPECT_TRUE(GetLastCalcValue().IsEmpty());
     EXPECT_TRUE(IsEstimateScaleSet());
     EXPECT_FALSE(IsUseCalculatedScaleSet());
     EXPECT_TRUE(IsResection3D());
     EXPECT_TRUE(Is3DResectionMethodSplit());
     EXPECT_TRUE(IsUseDefaultMeasurementAccuraciesChecked());
-    EXPECT_DOUBLE_EQ(dGetDistanceError(), 0.003);
-    EXPECT_DOUBLE_EQ(dGetDistancePPM(), 3.0);
-    EXPECT_DOUBLE_EQ(dGetHorizontalError(), 5.0);
-    EXPECT_DOUBLE_EQ(dGetVerticalError(), 10.0);
-    EXPECT_EQ(GetBsFsCtrl(), nullptr);
-    EXPECT_TRUE(GetLastCalcValue().IsEmpty());
+    EXPECT_EQ(dGetDistanceError(), 0.003);
+    EXPECT_EQ(dGetDistancePPM(), 3.0);
+    EXPECT_EQ(dGetHorizontalError(), 5.0);
+    EXPECT_EQ(dGetVerticalError(), 10.0);
+    EXPECT_FALSE(IsVerticalScreenDesktopUI());
     EXPECT_EQ(GetCodeMRUCount(), 0);
 }
 

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdio>
+
 #include "platform/host/TextCodec.h"
 #include "tests/support/TestSupport.h"
 #include "utils/settings/HistoryCheckSum.h"
@@ -147,22 +150,102 @@ TEST_F(HistoryWriterTest, OpenFailsWhenTheFolderIsMissing) {
 }
 
 TEST_F(HistoryWriterTest, TornTailDoesNotStopTheNextOpen) {
-    {
+    // One session as a handheld leaves it: an element, a CheckSum of eight digits (so
+    // that a reopened writer restores it) and the root's end tag.
+    auto session = [this](const wchar_t* name, const wchar_t* text, bool& created) {
         CXMLWriter w;
-        bool created = false;
+        created = false;
         ASSERT_TRUE(w.Open(kDoc, created));
-        w.WriteElementString(L"a", L"1");
+        w.WriteElementString(name, text);
         w.WriteCheckSum();
         w.WriteEndElement();
         w.Close();
+    };
+    bool created = false;
+    session(L"Point", L"P17", created);
+    const std::string whole = Bytes();
+    const std::string endLine = U16(L"</NurvoJobHistory>\r\n");
+    const std::string sumLine = U16(L"<CheckSum>4C284B15</CheckSum>\r\n");
+    ASSERT_EQ(whole.substr(whole.size() - endLine.size() - sumLine.size()), sumLine + endLine);
+    const size_t afterSum = whole.size() - endLine.size();
+    const size_t afterPoint = afterSum - sumLine.size();
+    const size_t header = 2 + U16(L"<?xml version=\"1.0\"?>\r\n").size();
+    std::string fresh;
+    {
+        std::remove(root_.HostPath(kDoc).c_str());
+        session(L"b", L"2", created);
+        fresh = Bytes();
     }
-    std::string bytes = Bytes();
-    kiv_test::WriteFileBytes(root_.HostPath(kDoc), bytes.substr(0, bytes.size() - 7));
+
+    struct Cut {
+        size_t length;       // what the crash left of the first session
+        size_t kept;         // where the next session continues; 0: begun anew
+        bool verifies;       // false where the cut took the CheckSum the restore needs
+    };
+    const Cut cuts[] = {
+        {whole.size() - 1, afterSum, true},                   // half of the last line feed
+        {whole.size() - 2, afterSum, true},                   // the end tag without CR LF
+        {whole.size() - 7, afterSum, true},                   // inside the end tag, odd
+        {whole.size() - 8, afterSum, true},                   // inside the end tag, even
+        {afterSum, afterSum, true},                           // the end tag never written
+        {afterSum - 1, afterPoint, false},                    // half of the CheckSum's line feed
+        {afterSum - 21, afterPoint, false},                   // inside the CheckSum element, odd
+        {afterPoint + 4, afterPoint, false},                  // inside the CheckSum element, even
+        {afterPoint - 3, header + U16(L"<NurvoJobHistory>\r\n").size(), false},  // inside the element
+        {header + 10, 0, true},                               // torn in the root's start tag
+        {header, 0, true},                                    // the declaration alone
+        {header - 1, 0, true},                                // shorter than the declaration
+        {1, 0, true},
+        {0, 0, true},                                         // an empty file
+    };
+    for (const Cut& cut : cuts) {
+        SCOPED_TRACE("cut to " + std::to_string(cut.length) + " bytes");
+        kiv_test::WriteFileBytes(root_.HostPath(kDoc), whole.substr(0, cut.length));
+        session(L"b", L"2", created);
+        const std::string bytes = Bytes();
+        EXPECT_EQ(bytes.size() % 2, 0u);
+        if (cut.kept == 0) {
+            EXPECT_TRUE(created);
+            EXPECT_EQ(bytes, fresh);
+            continue;
+        }
+        EXPECT_FALSE(created);
+        ASSERT_GE(bytes.size(), cut.kept);
+        EXPECT_EQ(bytes.substr(0, cut.kept), whole.substr(0, cut.kept));
+        // The new session reads as whole characters right after the kept lines.
+        const std::string added = bytes.substr(cut.kept);
+        const std::string element = U16(L" <b>2</b>\r\n<CheckSum>");
+        EXPECT_EQ(added.substr(0, element.size()), element);
+        EXPECT_EQ(added.substr(added.size() - endLine.size()), endLine);
+        const auto verdict = kiv_history::VerifyHistory(bytes);
+        if (cut.verifies) {
+            EXPECT_TRUE(verdict.ok) << kiv_text::FromUtf16Le(bytes.substr(2));
+            ASSERT_EQ(verdict.checks.size(), 2u);
+            EXPECT_EQ(verdict.checks[1].basis, kiv_history::eRestored);
+        } else {
+            // The writer restarted from zero where no CheckSum precedes the kept lines;
+            // that session's CheckSum cannot be matched, and the verifier says so there.
+            EXPECT_FALSE(verdict.ok);
+            const auto keptLines = std::count(bytes.begin(), bytes.begin() + static_cast<long>(cut.kept), '\n');
+            EXPECT_EQ(verdict.failLine, static_cast<int>(keptLines) + 2);  // the line after the new element
+            EXPECT_NE(verdict.problem.find(L"does not match"), std::wstring::npos) << verdict.problem;
+        }
+    }
+}
+
+TEST_F(HistoryWriterTest, FileWithoutCompleteLinesIsNotCutBack) {
+    // Not a history document at all: the writer appends at its last whole character
+    // rather than discarding bytes it cannot account for.
+    const std::string foreign = "\x01\x02\x03\x04\x05\x06\x07\x08\x09\x0B\x0C\x0E\x0F\x10\x11\x12\x13\x14\x15\x16\x17"
+                                "\x18\x19\x1A\x1B\x1C\x1D\x1E\x1F\x20\x21\x22\x23\x24\x25\x26\x27\x28\x29\x2A\x2B\x2C"
+                                "\x2D\x2E\x2F\x30\x31\x32\x33";
+    ASSERT_EQ(foreign.size() % 2, 1u);
+    kiv_test::WriteFileBytes(root_.HostPath(kDoc), foreign);
     CXMLWriter w;
     bool created = true;
     ASSERT_TRUE(w.Open(kDoc, created));
     EXPECT_FALSE(created);
-    w.WriteElementString(L"b", L"2");
+    w.WriteString(L"x");
     w.Close();
-    EXPECT_EQ(Bytes().substr(0, bytes.size() - 7), bytes.substr(0, bytes.size() - 7));
+    EXPECT_EQ(Bytes(), foreign.substr(0, foreign.size() - 1) + U16(L"x"));
 }

@@ -5,7 +5,14 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cmath>
 #include <cstdlib>
+#include <filesystem>
+#include <iterator>
+#include <memory>
 #include <string>
 
 #include "platform/host/TextCodec.h"
@@ -22,6 +29,22 @@ protected:
     std::string Text() const { return kiv_test::ReadFileBytes(Host()); }
     void WriteText(const std::string& utf8) { kiv_test::WriteFileBytes(Host(), utf8); }
     kiv_test::TempDeviceRoot root_;
+};
+
+// Acts as an unprivileged user for its scope when the tests run as the superuser.
+class OrdinaryUser {
+public:
+    OrdinaryUser() : switched_(::geteuid() == 0), ok_(!switched_ || ::seteuid(65534) == 0) {}
+    ~OrdinaryUser() {
+        if (switched_ && ok_ && ::seteuid(0) != 0) std::abort();
+    }
+    OrdinaryUser(const OrdinaryUser&) = delete;
+    OrdinaryUser& operator=(const OrdinaryUser&) = delete;
+    bool ok() const { return ok_; }
+
+private:
+    bool switched_;
+    bool ok_;
 };
 
 std::string Doc(const std::string& body) { return "<?xml version=\"1.0\"?>\r\n<kiv_config>\r\n" + body + "</kiv_config>\r\n"; }
@@ -61,6 +84,18 @@ TEST_F(XmlSettingsTest, FileHasOneElementALineAndIsWellFormed) {
                           "</group>\r\n"));
     const std::string command = "xmllint --noout '" + Host() + "' 2>&1";
     ASSERT_EQ(std::system(command.c_str()), 0) << "xmllint rejected " << Text();
+}
+
+TEST_F(XmlSettingsTest, WritesBeyondTheEndNeverRewriteTheFile) {
+    kiv_test::LogCapture log;
+    const std::string original = Doc("<group name=\"A\">\r\n<value name=\"x\" type=\"int\">3</value>\r\n</group>\r\n");
+    WriteText(original);
+    {
+        CXmlConfigStorage s(kFile);
+        s.GetGroup(L"A").GetValue(1u).SetAsInteger(5);
+        s.GetGroup(7u).SetIntegerValue(L"y", 5);
+    }
+    EXPECT_EQ(Text(), original);
 }
 
 TEST_F(XmlSettingsTest, ReadingOnlyNeverRewritesTheFile) {
@@ -129,6 +164,52 @@ TEST_F(XmlSettingsTest, ValueTextsReadByTheFormatsOwnRules) {
     EXPECT_NE(text.find("<value name=\"dup\" type=\"int\">2</value>"), std::string::npos);
 }
 
+TEST_F(XmlSettingsTest, DoubleTextsReadAsWcstodReadsThem) {
+    // What each text reads as, by both readers: the quick one for the ordinary file and
+    // the tokenizer once a comment makes the file unusual. A comma locale changes nothing.
+    kiv_test::ScopedLocale german("de_DE.UTF-8");
+    ASSERT_TRUE(german.ok());
+    const double inf = HUGE_VAL;
+    const struct {
+        const char* text;
+        double value;
+    } cases[] = {
+        {"", 0.0},           {"  \t2.5kg", 2.5},  {"1,5", 1.0},          {"1e", 1.0},
+        {"1e+", 1.0},        {".5", 0.5},         {"-.5e1", -5.0},       {"abc", 0.0},
+        {"+", 0.0},          {"inf", inf},        {"-Infinity", -inf},   {"INFINITE", inf},
+        {"0x1p-2", 0.25},    {"0X1.8P1", 3.0},    {"0x", 0.0},           {"0xg", 0.0},
+        {"1e999", inf},      {"-1e999", -inf},    {"1e-999", 0.0},       {"0x10", 16.0},
+    };
+    std::string body = "<group name=\"G\">\r\n";
+    for (size_t i = 0; i < std::size(cases); ++i)
+        body += "<value name=\"d" + std::to_string(i) + "\" type=\"dbl\">" + cases[i].text + "</value>\r\n";
+    body += "<value name=\"nan\" type=\"dbl\">NaN(1a_)</value>\r\n</group>\r\n";
+    for (const std::string& text : {Doc(body), Doc(body) + "<!-- by hand -->\r\n"}) {
+        WriteText(text);
+        CXmlConfigStorage s(kFile);
+        CConfigGroup& g = s.GetGroup(L"G");
+        for (size_t i = 0; i < std::size(cases); ++i)
+            EXPECT_EQ(g.GetDoubleValue(CKivStringT(("d" + std::to_string(i)).c_str()), 7.0), cases[i].value)
+                << '"' << cases[i].text << '"';
+        EXPECT_TRUE(std::isnan(g.GetDoubleValue(L"nan", 0.0)));
+    }
+}
+
+TEST_F(XmlSettingsTest, InfinitiesAndNotANumberSurviveSaveAndLoad) {
+    {
+        CXmlConfigStorage s(kFile);
+        CConfigGroup& g = s.GetGroup(L"G");
+        g.SetDoubleValue(L"up", INFINITY);
+        g.SetDoubleValue(L"down", -INFINITY);
+        g.SetDoubleValue(L"none", NAN);
+    }
+    CXmlConfigStorage s(kFile);
+    CConfigGroup& g = s.GetGroup(L"G");
+    EXPECT_EQ(g.GetDoubleValue(L"up", 0), INFINITY);
+    EXPECT_EQ(g.GetDoubleValue(L"down", 0), -INFINITY);
+    EXPECT_TRUE(std::isnan(g.GetDoubleValue(L"none", 0)));
+}
+
 TEST_F(XmlSettingsTest, DoublesKeepSixDecimals) {
     {
         CXmlConfigStorage s(kFile);
@@ -148,6 +229,31 @@ TEST_F(XmlSettingsTest, ReadOnlyFileIsLeftAsItWas) {
     }
     EXPECT_EQ(Text(), original);
     SetFileAttributesW(kFile, FILE_ATTRIBUTE_NORMAL);
+}
+
+TEST_F(XmlSettingsTest, ReadOnlyMediumIsLeftAsItWas) {
+    // A folder that takes no new file, as on a write-protected card. The superuser writes
+    // anywhere, so the saves run as an ordinary user.
+    const std::wstring file = L"\\card\\settings.xml";
+    const std::string original = Doc("<group name=\"A\">\r\n<value name=\"x\" type=\"int\">1</value>\r\n</group>\r\n");
+    kiv_test::WriteFileBytes(root_.HostPath(file), original);
+    const std::string folder = root_.HostPath(L"\\card");
+    ASSERT_EQ(::chmod(root_.path().c_str(), 0755), 0);
+    ASSERT_EQ(::chmod(folder.c_str(), 0555), 0);
+    auto s = std::make_unique<CXmlConfigStorage>(file.c_str());
+    EXPECT_EQ(s->GetGroup(L"A").GetIntegerValue(L"x", 0), 1);
+    s->GetGroup(L"A").SetIntegerValue(L"x", 2);
+    s->GetGroup(L"B").SetStringValue(L"y", L"new");
+    {
+        OrdinaryUser user;
+        if (!user.ok()) GTEST_SKIP() << "cannot act as an ordinary user";
+        EXPECT_FALSE(s->Flush());
+        EXPECT_EQ(s->GetGroup(L"A").GetIntegerValue(L"x", 0), 2);  // the tree keeps the change
+        s.reset();  // the last handle's save fails the same way
+    }
+    ::chmod(folder.c_str(), 0755);
+    EXPECT_EQ(kiv_test::ReadFileBytes(root_.HostPath(file)), original);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator()), 1);
 }
 
 TEST_F(XmlSettingsTest, SharedTreeIsWrittenOnceByItsLastHandle) {
