@@ -72,7 +72,7 @@ struct Waiters {
         const int target = ready + count;
         for (int i = 0; i < count; ++i) threads.push_back(CreateThread(nullptr, 0, Wait, this, 0, nullptr));
         while (ready < target) Sleep(1);
-        Sleep(30);
+        Sleep(100);  // time to get from "ready" into the wait, even on a loaded machine
     }
     // Waits (generously) for `count` releases in all, then a little longer for any extra.
     int ReleasedAfter(int count) {
@@ -247,7 +247,7 @@ TEST_F(Sync, ManualResetPulseReleasesEveryWaiterAndLeavesTheEventNonSignalled) {
 TEST_F(Sync, TerminatedWaiterLeavesNoReleaseBehind) {
     HANDLE e = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     HANDLE thread = CreateThread(nullptr, 0, WaitOnEvent, e, 0, nullptr);
-    Sleep(20);
+    Sleep(100);
     TerminateThread(thread, 4);
     ASSERT_EQ(WaitForSingleObject(thread, 10000), WAIT_OBJECT_0);
     CloseHandle(thread);
@@ -364,7 +364,7 @@ TEST_F(Sync, ThreadTerminatedWhileEnteringACriticalSectionEndsWithoutIt) {
     HANDLE first = CreateThread(nullptr, 0, EnterAndCount, &c, 0, nullptr);
     HANDLE second = CreateThread(nullptr, 0, EnterAndCount, &c, 0, nullptr);
     while (c.ready < 2) Sleep(1);
-    Sleep(20);
+    Sleep(200);  // time to get from "ready" into the wait, even on a loaded machine
     // Leaving at once may hand the wake-up to the thread being terminated; it must pass
     // it on to the one still waiting.
     TerminateThread(first, 6);
