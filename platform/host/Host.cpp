@@ -3,10 +3,8 @@
 #include "platform/host/Host.h"
 
 #include <dirent.h>
-#include <locale.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <wctype.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -14,6 +12,7 @@
 #include <optional>
 #include <vector>
 
+#include "platform/host/NeutralLocale.h"
 #include "platform/host/TextCodec.h"
 
 namespace kiv_host {
@@ -55,22 +54,9 @@ std::wstring FolderOrDefault(const std::optional<std::wstring>& set, const char*
     return fallback;
 }
 
-// Case folding that does not depend on the process locale: the same for every user.
-locale_t FoldingLocale() {
-    static const locale_t loc = [] {
-        locale_t l = newlocale(LC_CTYPE_MASK, "C.UTF-8", static_cast<locale_t>(nullptr));
-        if (!l) l = newlocale(LC_CTYPE_MASK, "C", static_cast<locale_t>(nullptr));
-        return l;
-    }();
-    return loc;
-}
-
 // The device's file system ignores case in every script: letters fold to lower case as
 // the family's strings fold them when they compare names.
-wchar_t FoldCase(wchar_t c) {
-    if (c < 0x80) return (c >= L'A' && c <= L'Z') ? c + 32 : c;
-    return static_cast<wchar_t>(towlower_l(static_cast<wint_t>(c), FoldingLocale()));
-}
+using kiv_text::FoldCase;
 
 bool SameNameIgnoringCase(std::wstring_view a, std::wstring_view b) {
     if (a.size() != b.size()) return false;

@@ -9,19 +9,11 @@
 #include <cwchar>
 #include <vector>
 
+#include "platform/host/NeutralLocale.h"
 #include "platform/host/TextCodec.h"
 
 namespace kiv_strings {
 namespace {
-
-locale_t NeutralLocale() {
-    static locale_t loc = [] {
-        locale_t l = newlocale(LC_ALL_MASK, "C.UTF-8", static_cast<locale_t>(nullptr));
-        if (!l) l = newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(nullptr));
-        return l;
-    }();
-    return loc;
-}
 
 // Rewrites a format with Windows' wide-printf meanings into the C library's: %s and %c
 // take wide arguments there, %S and %C narrow ones; %I64 is a 64-bit length.
@@ -68,14 +60,11 @@ std::wstring TranslateFormat(const wchar_t* f) {
 
 }  // namespace
 
-wchar_t ToLower(wchar_t c) {
-    if (c < 0x80) return (c >= L'A' && c <= L'Z') ? c + 32 : c;
-    return static_cast<wchar_t>(towlower_l(static_cast<wint_t>(c), NeutralLocale()));
-}
+wchar_t ToLower(wchar_t c) { return kiv_text::FoldCase(c); }
 
 wchar_t ToUpper(wchar_t c) {
     if (c < 0x80) return (c >= L'a' && c <= L'z') ? c - 32 : c;
-    return static_cast<wchar_t>(towupper_l(static_cast<wint_t>(c), NeutralLocale()));
+    return static_cast<wchar_t>(towupper_l(static_cast<wint_t>(c), kiv_text::NeutralLocale()));
 }
 
 bool IsBlank(wchar_t c) { return c == L' ' || (c >= L'\t' && c <= L'\r'); }
@@ -83,7 +72,7 @@ bool IsBlank(wchar_t c) { return c == L' ' || (c >= L'\t' && c <= L'\r'); }
 std::wstring FormatWide(const wchar_t* format, va_list args) {
     if (!format) return {};
     const std::wstring f = TranslateFormat(format);
-    const locale_t previous = uselocale(NeutralLocale());
+    const locale_t previous = uselocale(kiv_text::NeutralLocale());
     std::vector<wchar_t> buffer(256);
     std::wstring result;
     for (;;) {

@@ -3,8 +3,8 @@
 // still open on it, which then fail with ERROR_KEY_DELETED.
 #include "platform/win32/Registry.h"
 
-#include <locale.h>
-#include <wctype.h>
+#include "platform/host/NeutralLocale.h"
+
 
 #include <algorithm>
 #include <cstring>
@@ -21,27 +21,9 @@ const RootName kRoots[kRootCount] = {
     {HKEY_USERS, L"HKEY_USERS", L"HKU"},
 };
 
-namespace {
-
-// Simple Unicode case mapping from the C.UTF-8 locale, independent of the process
-// locale; ASCII folding if the host lacks that locale.
-locale_t FoldingLocale() {
-    static locale_t locale = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-    return locale;
-}
-
-}  // namespace
-
 std::wstring FoldName(std::wstring_view name) {
     std::wstring folded(name);
-    locale_t locale = FoldingLocale();
-    for (auto& c : folded) {
-        if (c < 0x80) {
-            if (c >= L'A' && c <= L'Z') c += 32;
-        } else if (locale) {
-            c = static_cast<wchar_t>(::towlower_l(static_cast<wint_t>(c), locale));
-        }
-    }
+    for (auto& c : folded) c = kiv_text::FoldCase(c);
     return folded;
 }
 

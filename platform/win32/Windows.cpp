@@ -616,27 +616,22 @@ BOOL MoveWindow(HWND window, int x, int y, int width, int height, BOOL) {
     return TRUE;
 }
 
-BOOL ClientToScreen(HWND window, LPPOINT point) {
+namespace {
+// Moves `point` by the window's screen origin, times `direction` (+1 or -1).
+BOOL OffsetByOrigin(HWND window, LPPOINT point, LONG direction) {
     WindowTable& t = Table();
     std::lock_guard g(t.lock);
     Window* w = Find(t, window);
     if (!w || !point) return FALSE;
     const POINT o = Origin(t, w);
-    point->x += o.x;
-    point->y += o.y;
+    point->x += direction * o.x;
+    point->y += direction * o.y;
     return TRUE;
 }
+}  // namespace
 
-BOOL ScreenToClient(HWND window, LPPOINT point) {
-    WindowTable& t = Table();
-    std::lock_guard g(t.lock);
-    Window* w = Find(t, window);
-    if (!w || !point) return FALSE;
-    const POINT o = Origin(t, w);
-    point->x -= o.x;
-    point->y -= o.y;
-    return TRUE;
-}
+BOOL ClientToScreen(HWND window, LPPOINT point) { return OffsetByOrigin(window, point, 1); }
+BOOL ScreenToClient(HWND window, LPPOINT point) { return OffsetByOrigin(window, point, -1); }
 
 LONG_PTR SetWindowLongW(HWND window, int index, LONG_PTR value) {
     LONG_PTR previous = 0;

@@ -7,8 +7,8 @@
 #include <new>
 #include <cstdlib>
 #include <cwchar>
-#include <locale.h>
 
+#include "platform/host/NeutralLocale.h"
 #include "platform/host/TextCodec.h"
 #include "platform/kivutils/FileFuncs.h"
 #include "platform/kivutils/KivArray.h"
@@ -62,11 +62,7 @@ int ReadLong(const CKivStringT& text) {
 // of a double reads as infinity of its sign. The call runs under the C locale, so that
 // '.' is the decimal point whatever the process locale says.
 double ReadDouble(const CKivStringT& text) {
-    static const locale_t cLocale = newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(nullptr));
-    const locale_t previous = cLocale ? uselocale(cLocale) : static_cast<locale_t>(nullptr);
-    const double value = std::wcstod(text.GetString(), nullptr);
-    if (cLocale) uselocale(previous);
-    return value;
+    return kiv_text::NeutralWcstod(text.GetString());
 }
 
 }  // namespace
