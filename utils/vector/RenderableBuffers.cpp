@@ -64,7 +64,7 @@ std::shared_ptr<PointBuffer> PointBuffer::fromBlob(const VectorBlob& blob) {
     return std::make_shared<PointBuffer>(std::move(features));
 }
 
-PointBuffer::PointBuffer(std::vector<Feature> features) : features_(std::move(features)) {
+PointBuffer::PointBuffer(std::vector<Feature> features) : FeatureBuffer(std::move(features)) {
     for (const Feature& f : features_) box_.widen(f.x, f.y);
 }
 
@@ -111,7 +111,7 @@ std::shared_ptr<LineBuffer> LineBuffer::fromBlob(const VectorBlob& blob) {
     return std::make_shared<LineBuffer>(std::move(features));
 }
 
-LineBuffer::LineBuffer(std::vector<Feature> features) : features_(std::move(features)) {
+LineBuffer::LineBuffer(std::vector<Feature> features) : FeatureBuffer(std::move(features)) {
     for (const Feature& f : features_) box_.widen(boxOfSegment(f.x1, f.y1, f.x2, f.y2));
 }
 

@@ -56,49 +56,52 @@ int quadrantOf(const BoundingBox& box, double x, double y);
 // The four quadrants of `box`, in quadrant order.
 void quadrantsOf(const BoundingBox& box, BoundingBox quadrants[4]);
 
-class PointBuffer : public IRenderableBuffer {
+// A batch of features of one kind, with the box around them.
+template <class TFeature>
+class FeatureBuffer : public IRenderableBuffer {
 public:
-    struct Feature {
-        double x, y;
-        std::uint32_t index;
-    };
-    static std::shared_ptr<PointBuffer> fromBlob(const VectorBlob& blob);
-    explicit PointBuffer(std::vector<Feature> features);
-
+    using Feature = TFeature;
     const BoundingBox& getBBox() const override { return box_; }
     int getFeatureCount() const override { return static_cast<int>(features_.size()); }
-    void render(const TRenderContext& context) const override;
-    void pick(const TCoord2d& at, double tolerance, bool points, bool lines, TPickResult& best) const override;
-    bool split(const BoundingBox& box, std::shared_ptr<IRenderableBuffer> parts[4]) const override;
     const std::vector<Feature>& getFeatures() const { return features_; }
 
-private:
+protected:
+    explicit FeatureBuffer(std::vector<Feature> features) : features_(std::move(features)) {}
     std::vector<Feature> features_;
     BoundingBox box_;
 };
 
-class LineBuffer : public IRenderableBuffer {
+struct TPointFeature {
+    double x, y;
+    std::uint32_t index;
+};
+
+struct TLineFeature {
+    double x1, y1, x2, y2;
+    std::uint32_t index;
+    int polyLine;
+};
+
+class PointBuffer : public FeatureBuffer<TPointFeature> {
 public:
-    struct Feature {
-        double x1, y1, x2, y2;
-        std::uint32_t index;
-        int polyLine;
-    };
+    static std::shared_ptr<PointBuffer> fromBlob(const VectorBlob& blob);
+    explicit PointBuffer(std::vector<Feature> features);
+
+    void render(const TRenderContext& context) const override;
+    void pick(const TCoord2d& at, double tolerance, bool points, bool lines, TPickResult& best) const override;
+    bool split(const BoundingBox& box, std::shared_ptr<IRenderableBuffer> parts[4]) const override;
+};
+
+class LineBuffer : public FeatureBuffer<TLineFeature> {
+public:
     static std::shared_ptr<LineBuffer> fromBlob(const VectorBlob& blob);
     explicit LineBuffer(std::vector<Feature> features);
 
-    const BoundingBox& getBBox() const override { return box_; }
-    int getFeatureCount() const override { return static_cast<int>(features_.size()); }
     void render(const TRenderContext& context) const override;
     void pick(const TCoord2d& at, double tolerance, bool points, bool lines, TPickResult& best) const override;
     // Lines whose box misses `box` are left out first; the rest go to the quadrants of
     // their ends, whole, never cut (see the definition for lines across the centre).
     bool split(const BoundingBox& box, std::shared_ptr<IRenderableBuffer> parts[4]) const override;
-    const std::vector<Feature>& getFeatures() const { return features_; }
-
-private:
-    std::vector<Feature> features_;
-    BoundingBox box_;
 };
 
 class ArcBuffer : public IRenderableBuffer {
