@@ -2,11 +2,10 @@
 #include "platform/kivutils/FileFuncs.h"
 
 #include <algorithm>
-#include <atomic>
-#include <random>
 
 #include "platform/host/Host.h"
 #include "platform/win32/Win32.h"
+#include "platform/win32/WholeFile.h"
 
 namespace FileFuncs {
 namespace {
@@ -20,26 +19,6 @@ size_t LastSeparator(std::wstring_view path) { return path.find_last_of(L"\\/");
 std::wstring_view NameOf(std::wstring_view path) {
     const size_t sep = LastSeparator(path);
     return sep == std::wstring_view::npos ? path : path.substr(sep + 1);
-}
-
-// A temporary name beside the target that no other writer picks: a per-process random
-// stem and a counter.
-CKivStringT TemporarySibling(const wchar_t* path) {
-    static const unsigned stem = std::random_device{}();
-    static std::atomic<unsigned> counter{0};
-    CKivStringT name(path);
-    name.AppendFormat(L".~%08x%04x", stem, counter++ & 0xFFFF);
-    return name;
-}
-
-bool WriteAll(HANDLE file, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const DWORD chunk = static_cast<DWORD>(std::min<size_t>(bytes.size(), 1u << 30));
-        DWORD written = 0;
-        if (!WriteFile(file, bytes.data(), chunk, &written, nullptr) || written != chunk) return false;
-        bytes.remove_prefix(chunk);
-    }
-    return true;
 }
 
 }  // namespace
@@ -100,34 +79,7 @@ CKivStringT CombinePath(const wchar_t* folder, const wchar_t* name) {
     return CKivStringT(head) + L"\\" + CKivStringT(tail);
 }
 
-bool WriteWholeFile(const wchar_t* path, std::string_view bytes) {
-    if (!path || !*path) return false;
-    const DWORD old = GetFileAttributesW(path);
-    // A read-only file is left alone rather than replaced behind its owner's back.
-    if (old != INVALID_FILE_ATTRIBUTES && (old & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DIRECTORY))) {
-        return false;
-    }
-    CKivStringT temporary;
-    HANDLE file = INVALID_HANDLE_VALUE;
-    for (int attempt = 0; attempt < 16 && file == INVALID_HANDLE_VALUE; ++attempt) {
-        temporary = TemporarySibling(path);
-        file = CreateFileW(temporary, GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
-        if (file == INVALID_HANDLE_VALUE && GetLastError() != ERROR_FILE_EXISTS) return false;
-    }
-    if (file == INVALID_HANDLE_VALUE) return false;
-    const bool written = WriteAll(file, bytes) && FlushFileBuffers(file);
-    CloseHandle(file);
-    if (!written || !MoveFileExW(temporary, path, MOVEFILE_REPLACE_EXISTING)) {
-        const DWORD error = GetLastError();
-        DeleteFileW(temporary);
-        SetLastError(error);
-        return false;
-    }
-    if (old != INVALID_FILE_ATTRIBUTES && (old & FILE_ATTRIBUTE_HIDDEN)) {
-        SetFileAttributesW(path, FILE_ATTRIBUTE_HIDDEN);
-    }
-    return true;
-}
+bool WriteWholeFile(const wchar_t* path, std::string_view bytes) { return kiv_win32::ReplaceWholeFile(path, bytes); }
 
 }  // namespace FileFuncs
 

@@ -3,8 +3,6 @@
 #include "platform/kivutils/Xlate.h"
 
 #include <atomic>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -13,6 +11,7 @@
 
 #include "platform/host/TextCodec.h"
 #include "platform/kivutils/KivLog.h"
+#include "platform/win32/WholeFile.h"
 
 namespace {
 
@@ -67,17 +66,9 @@ const wchar_t* Xlate(const wchar_t* text) {
 
 bool LoadLanguageFile(const wchar_t* path) {
     if (!path) return false;
-    std::ifstream in(kiv_host::ToHostPath(path), std::ios::binary);
-    if (!in) {
-        LOGMESSAGE(1, L"cannot open language file %s", path);
-        return false;
-    }
     std::string bytes;
-    bytes.resize(kMaxFileBytes + 1);
-    in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    bytes.resize(static_cast<size_t>(in.gcount()));
-    if (bytes.size() > kMaxFileBytes) {
-        LOGMESSAGE(1, L"language file %s is larger than 16 MiB", path);
+    if (!kiv_win32::ReadWholeFile(path, bytes, kMaxFileBytes)) {
+        LOGMESSAGE(1, L"cannot read language file %s (at most 16 MiB)", path);
         return false;
     }
     const std::wstring text = kiv_text::DecodeText(bytes);

@@ -1,10 +1,6 @@
 // The registry in the .reg text format: the writer emits "Windows Registry Editor
 // Version 5.00" in UTF-16LE; the reader also takes "REGEDIT4" files, parses the whole
 // text into a list of changes first and applies them only when every line was valid.
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -14,6 +10,7 @@
 #include "platform/host/TextCodec.h"
 #include "platform/win32/Registry.h"
 #include "platform/win32/RegistryTree.h"
+#include "platform/win32/WholeFile.h"
 
 namespace {
 
@@ -23,7 +20,7 @@ using kiv_win32::detail::RegValue;
 constexpr std::wstring_view kHeader5 = L"Windows Registry Editor Version 5.00";
 constexpr std::wstring_view kHeader4 = L"REGEDIT4";
 // A registry file larger than this is refused rather than read.
-constexpr off_t kMaxFileBytes = 64 * 1024 * 1024;
+constexpr size_t kMaxFileBytes = 64 * 1024 * 1024;
 
 bool IsStringType(DWORD type) { return type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ; }
 
@@ -423,54 +420,11 @@ void Apply(const std::vector<Change>& changes) {
     }
 }
 
-std::string HostPathOf(const std::string& path) {
-    if (!path.empty() && path.front() == '\\') return kiv_host::ToHostPath(kiv_text::FromUtf8(path));
-    return path;
-}
-
-bool ReadWholeFile(const std::string& path, std::string& bytes, std::wstring& error) {
-    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) {
-        error = L"cannot open " + kiv_text::FromUtf8(path) + L": " + kiv_text::FromUtf8(std::strerror(errno));
-        return false;
-    }
-    struct stat st;
-    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode) || st.st_size > kMaxFileBytes) {
-        ::close(fd);
-        error = kiv_text::FromUtf8(path) + L" is not a registry file of at most 64 MB";
-        return false;
-    }
-    bytes.resize(static_cast<size_t>(st.st_size));
-    size_t got = 0;
-    while (got < bytes.size()) {
-        const ssize_t n = ::read(fd, bytes.data() + got, bytes.size() - got);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) break;
-        got += static_cast<size_t>(n);
-    }
-    ::close(fd);
-    bytes.resize(got);
-    return true;
-}
-
-bool WriteFileAtomically(const std::string& path, const std::string& bytes) {
-    std::string temporary = path + ".XXXXXX";
-    const int fd = ::mkstemp(temporary.data());
-    if (fd < 0) return false;
-    size_t put = 0;
-    while (put < bytes.size()) {
-        const ssize_t n = ::write(fd, bytes.data() + put, bytes.size() - put);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) break;
-        put += static_cast<size_t>(n);
-    }
-    const bool written = put == bytes.size() && ::fsync(fd) == 0;
-    ::fchmod(fd, 0644);
-    if (::close(fd) != 0 || !written || ::rename(temporary.c_str(), path.c_str()) != 0) {
-        ::unlink(temporary.c_str());
-        return false;
-    }
-    return true;
+bool ReadRegistryFile(const std::wstring& path, std::string& bytes, std::wstring& error) {
+    if (kiv_win32::ReadWholeFile(path.c_str(), bytes, kMaxFileBytes)) return true;
+    error = GetLastError() == ERROR_NOT_ENOUGH_MEMORY ? path + L" is not a registry file of at most 64 MB"
+                                                      : L"cannot open " + path;
+    return false;
 }
 
 }  // namespace
@@ -510,7 +464,8 @@ namespace kiv_host {
 bool ImportRegistry(const std::string& hostPath, std::wstring* error) {
     std::string bytes;
     std::wstring reason;
-    bool ok = ReadWholeFile(HostPathOf(hostPath), bytes, reason) && kiv_win32::ImportRegistryText(bytes, &reason);
+    bool ok = ReadRegistryFile(kiv_text::FromUtf8(hostPath), bytes, reason) &&
+              kiv_win32::ImportRegistryText(bytes, &reason);
     if (!ok) {
         Log(1, "RegistryFile", __LINE__, kiv_text::FromUtf8(hostPath) + L": " + reason);
         if (error) *error = reason;
@@ -519,7 +474,7 @@ bool ImportRegistry(const std::string& hostPath, std::wstring* error) {
 }
 
 bool ExportRegistry(const std::string& hostPath) {
-    return WriteFileAtomically(HostPathOf(hostPath), kiv_win32::ExportRegistryText());
+    return kiv_win32::ReplaceWholeFile(kiv_text::FromUtf8(hostPath).c_str(), kiv_win32::ExportRegistryText());
 }
 
 }  // namespace kiv_host
