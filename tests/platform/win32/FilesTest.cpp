@@ -88,16 +88,14 @@ TEST_F(Files, OpenErrorsTellAMissingFileFromAMissingFolderAndBadArguments) {
     EXPECT_EQ(GetLastError(), ERROR_PATH_NOT_FOUND);
 }
 
-TEST_F(Files, ReadsBackslashesOfRelativeNamesAsFolders) {
+TEST_F(Files, ReadsBackslashesOfRelativeNamesAsFoldersAndMakesTheDeviceRootOnFirstUse) {
     const auto previous = std::filesystem::current_path();
     std::filesystem::current_path(root.path() + "/Storage Card");
     ASSERT_TRUE(CreateDirectoryW(L"sub", nullptr));
     Put(L"sub\\rel.txt", "relative");
     std::filesystem::current_path(previous);
     EXPECT_EQ(Get(L"\\Storage Card\\sub\\rel.txt"), "relative");
-}
 
-TEST_F(Files, MakesTheDeviceRootOnFirstUse) {
     kiv_host::SetDeviceRoot(root.path() + "/not/yet");
     EXPECT_TRUE(CreateDirectoryW(L"\\Zeb", nullptr));
     EXPECT_TRUE(std::filesystem::is_directory(root.path() + "/not/yet/Zeb"));
@@ -292,25 +290,20 @@ TEST_F(Files, ExclusiveHandleRefusesEveryOtherOpenAndARefusedTruncationKeepsCont
 }
 
 TEST_F(Files, ShareModesHoldBetweenProcesses) {
+    // The error code a child process gets when it opens the file.
+    auto childOpens = [](DWORD access, DWORD share) {
+        return InChildProcess([=] {
+            HANDLE h = Open(L"\\f.txt", access, share, OPEN_EXISTING);
+            return h == INVALID_HANDLE_VALUE ? GetLastError() : ERROR_SUCCESS;
+        });
+    };
     Put(L"\\f.txt", "x");
     HANDLE mine = Open(L"\\f.txt", kReadWrite, FILE_SHARE_READ, OPEN_EXISTING);
     ASSERT_NE(mine, INVALID_HANDLE_VALUE);
-    EXPECT_EQ(InChildProcess([] {
-                  HANDLE h = Open(L"\\f.txt", GENERIC_WRITE, kShareAll, OPEN_EXISTING);
-                  return h == INVALID_HANDLE_VALUE ? GetLastError() : ERROR_SUCCESS;
-              }),
-              static_cast<int>(ERROR_SHARING_VIOLATION));
-    EXPECT_EQ(InChildProcess([] {
-                  HANDLE h = Open(L"\\f.txt", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING);
-                  return h == INVALID_HANDLE_VALUE ? GetLastError() : ERROR_SUCCESS;
-              }),
-              static_cast<int>(ERROR_SUCCESS));
+    EXPECT_EQ(childOpens(GENERIC_WRITE, kShareAll), static_cast<int>(ERROR_SHARING_VIOLATION));
+    EXPECT_EQ(childOpens(GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE), static_cast<int>(ERROR_SUCCESS));
     CloseHandle(mine);
-    EXPECT_EQ(InChildProcess([] {
-                  HANDLE h = Open(L"\\f.txt", GENERIC_WRITE, 0, OPEN_EXISTING);
-                  return h == INVALID_HANDLE_VALUE ? GetLastError() : ERROR_SUCCESS;
-              }),
-              static_cast<int>(ERROR_SUCCESS));
+    EXPECT_EQ(childOpens(GENERIC_WRITE, 0), static_cast<int>(ERROR_SUCCESS));
 }
 
 TEST_F(Files, OpenFilesCannotBeDeletedOrMovedWithoutDeleteSharing) {
@@ -364,20 +357,12 @@ TEST_F(Files, ReadOnlyFilesRefuseWritingAndDeletingUntilCleared) {
     EXPECT_TRUE(DeleteFileW(L"\\f.txt"));
 }
 
-TEST_F(Files, KeepsTheHiddenFlagOfFilesAndFolders) {
+TEST_F(Files, KeepsTheHiddenFlagAndReplacingAFileGivesItTheAttributesAskedFor) {
     if (!kiv_test::TempFolderKeepsUserAttributes()) GTEST_SKIP() << "no user extended attributes here";
     ASSERT_TRUE(SetFileAttributesW(L"\\Storage Card", FILE_ATTRIBUTE_HIDDEN));
     EXPECT_EQ(GetFileAttributesW(L"\\Storage Card"), FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_HIDDEN);
-    CloseHandle(Open(L"\\h.txt", GENERIC_WRITE, 0, CREATE_NEW, FILE_ATTRIBUTE_HIDDEN));
-    EXPECT_EQ(GetFileAttributesW(L"\\h.txt"), FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN);
-    ASSERT_TRUE(SetFileAttributesW(L"\\h.txt", FILE_ATTRIBUTE_NORMAL));
-    EXPECT_EQ(GetFileAttributesW(L"\\h.txt"), FILE_ATTRIBUTE_ARCHIVE);
-}
-
-TEST_F(Files, ReplacingAFileGivesItTheAttributesAskedForAndTruncatingKeepsItsOwn) {
-    if (!kiv_test::TempFolderKeepsUserAttributes()) GTEST_SKIP() << "no user extended attributes here";
-    Put(L"\\f.txt", "old");
-    ASSERT_TRUE(SetFileAttributesW(L"\\f.txt", FILE_ATTRIBUTE_HIDDEN));
+    CloseHandle(Open(L"\\f.txt", GENERIC_WRITE, 0, CREATE_NEW, FILE_ATTRIBUTE_HIDDEN));
+    EXPECT_EQ(GetFileAttributesW(L"\\f.txt"), FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN);
     CloseHandle(Open(L"\\f.txt", GENERIC_WRITE, 0, TRUNCATE_EXISTING));
     EXPECT_EQ(GetFileAttributesW(L"\\f.txt"), FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN);
     CloseHandle(Open(L"\\f.txt", GENERIC_WRITE, 0, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL));
