@@ -362,11 +362,14 @@ struct LateReader {
     std::atomic<int> sending{0};
     std::atomic<int> sendsRun{0};
     std::atomic<int> valueSeen{0};
+    HANDLE reader = nullptr, sender = nullptr;
+    LateReader();
     ~LateReader() {
-        for (HANDLE h : {created, read, entered, finish}) CloseHandle(h);
+        for (HANDLE h : {created, read, entered, finish, reader, sender}) CloseHandle(h);
     }
 };
 LateReader* lateReader = nullptr;
+LateReader::LateReader() { lateReader = this; }
 constexpr UINT WM_READ_SENDER = WM_USER + 5;
 
 LRESULT CALLBACK LateProc(HWND h, UINT m, WPARAM w, LPARAM l) {
@@ -398,63 +401,53 @@ DWORD WINAPI SendFromTheStack(LPVOID) {
 }
 
 // Starts the reader, then a sender that is (most likely) waiting in its send on return.
-std::pair<HANDLE, HANDLE> StartReaderAndSender() {
-    HANDLE reader = CreateThread(nullptr, 0, RunLateReader, nullptr, 0, nullptr);
+void StartReaderAndSender() {
+    lateReader->reader = CreateThread(nullptr, 0, RunLateReader, nullptr, 0, nullptr);
     EXPECT_EQ(WaitForSingleObject(lateReader->created, 10000), WAIT_OBJECT_0);
-    HANDLE sender = CreateThread(nullptr, 0, SendFromTheStack, nullptr, 0, nullptr);
+    lateReader->sender = CreateThread(nullptr, 0, SendFromTheStack, nullptr, 0, nullptr);
     while (lateReader->sending == 0) Sleep(1);
     Sleep(20);
-    return {reader, sender};
 }
 }  // namespace
 
 TEST_F(Windows, SendOfATerminatedSenderIsWithdrawnBeforeTheOwnerSeesIt) {
     LateReader r;
-    lateReader = &r;
-    auto [reader, sender] = StartReaderAndSender();
-    TerminateThread(sender, 8);
-    ASSERT_EQ(WaitForSingleObject(sender, 10000), WAIT_OBJECT_0);
-    EXPECT_EQ(ExitCode(sender), 8u);
+    StartReaderAndSender();
+    TerminateThread(r.sender, 8);
+    ASSERT_EQ(WaitForSingleObject(r.sender, 10000), WAIT_OBJECT_0);
+    EXPECT_EQ(ExitCode(r.sender), 8u);
     SetEvent(r.finish);
     SetEvent(r.read);
     PostMessageW(r.window, WM_CLOSE, 0, 0);
-    ASSERT_EQ(WaitForSingleObject(reader, 10000), WAIT_OBJECT_0);
+    ASSERT_EQ(WaitForSingleObject(r.reader, 10000), WAIT_OBJECT_0);
     EXPECT_EQ(r.sendsRun.load(), 0);
-    CloseHandle(reader);
-    CloseHandle(sender);
 }
 
 TEST_F(Windows, TerminatedSenderStaysUntilTheOwnerHasFinishedWithItsMessage) {
     LateReader r;
-    lateReader = &r;
     SetEvent(r.read);
-    auto [reader, sender] = StartReaderAndSender();
+    StartReaderAndSender();
     ASSERT_EQ(WaitForSingleObject(r.entered, 10000), WAIT_OBJECT_0);
-    TerminateThread(sender, 9);
-    EXPECT_EQ(WaitForSingleObject(sender, 50), WAIT_TIMEOUT);  // its stack is still in use
+    TerminateThread(r.sender, 9);
+    EXPECT_EQ(WaitForSingleObject(r.sender, 50), WAIT_TIMEOUT);  // its stack is still in use
     SetEvent(r.finish);
-    ASSERT_EQ(WaitForSingleObject(sender, 10000), WAIT_OBJECT_0);
-    EXPECT_EQ(ExitCode(sender), 9u);
+    ASSERT_EQ(WaitForSingleObject(r.sender, 10000), WAIT_OBJECT_0);
+    EXPECT_EQ(ExitCode(r.sender), 9u);
     EXPECT_EQ(r.valueSeen.load(), 42);
     PostMessageW(r.window, WM_CLOSE, 0, 0);
-    ASSERT_EQ(WaitForSingleObject(reader, 10000), WAIT_OBJECT_0);
-    CloseHandle(reader);
-    CloseHandle(sender);
+    ASSERT_EQ(WaitForSingleObject(r.reader, 10000), WAIT_OBJECT_0);
 }
 
 TEST_F(Windows, SendToAThreadThatEndsWithoutReadingReturnsZero) {
     LateReader r;
-    lateReader = &r;
     r.leaveUnread = true;
-    auto [reader, sender] = StartReaderAndSender();
+    StartReaderAndSender();
     SetEvent(r.read);
-    ASSERT_EQ(WaitForSingleObject(reader, 10000), WAIT_OBJECT_0);
-    ASSERT_EQ(WaitForSingleObject(sender, 10000), WAIT_OBJECT_0);
-    EXPECT_EQ(ExitCode(sender), 0u);
+    ASSERT_EQ(WaitForSingleObject(r.reader, 10000), WAIT_OBJECT_0);
+    ASSERT_EQ(WaitForSingleObject(r.sender, 10000), WAIT_OBJECT_0);
+    EXPECT_EQ(ExitCode(r.sender), 0u);
     EXPECT_EQ(r.sendsRun.load(), 0);
     EXPECT_FALSE(IsWindow(r.window));
-    CloseHandle(reader);
-    CloseHandle(sender);
 }
 
 namespace {
