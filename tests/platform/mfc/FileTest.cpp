@@ -18,7 +18,7 @@ protected:
     kiv_test::TempDeviceRoot root;
 };
 
-TEST_F(MfcFile, CreateWithoutTruncateKeepsAnExistingDocument) {
+TEST_F(MfcFile, CreateKeepsAnExistingDocumentOnlyWithNoTruncateAndOpenNeedsTheFile) {
     kiv_test::WriteFileBytes(root.path() + "/h.xml", "history");
     CFile file;
     ASSERT_TRUE(file.Open(L"\\H.XML", kHistoryFlags));
@@ -29,11 +29,7 @@ TEST_F(MfcFile, CreateWithoutTruncateKeepsAnExistingDocument) {
     EXPECT_EQ(Bytes("h.xml"), "history+");
     ASSERT_TRUE(file.Open(L"\\new.xml", kHistoryFlags));
     EXPECT_EQ(file.GetLength(), 0u);
-}
-
-TEST_F(MfcFile, CreateAloneTruncatesAndOpenWithoutCreateNeedsTheFile) {
-    kiv_test::WriteFileBytes(root.path() + "/h.xml", "history");
-    CFile file;
+    file.Close();
     ASSERT_TRUE(file.Open(L"\\h.xml", CFile::modeWrite | CFile::modeCreate));
     file.Close();
     EXPECT_EQ(Bytes("h.xml"), "");
@@ -75,7 +71,7 @@ TEST_F(MfcFile, ReopeningWriteOnlyContinuesWhereTheDocumentEnded) {
     EXPECT_EQ(Bytes("h.xml"), "<a><b/></a>");
 }
 
-TEST_F(MfcFile, SeeksAndReadsInAllThreeWays) {
+TEST_F(MfcFile, SeeksReadsAndCutsAndAClosedFileIgnoresEverything) {
     kiv_test::WriteFileBytes(root.path() + "/f.bin", "0123456789");
     CFile file;
     ASSERT_TRUE(file.Open(L"\\f.bin", CFile::modeRead | CFile::shareDenyNone));
@@ -89,13 +85,10 @@ TEST_F(MfcFile, SeeksAndReadsInAllThreeWays) {
     EXPECT_EQ(file.Seek(2, CFile::begin), 2);
     EXPECT_EQ(file.Read(buffer, 2), 2u);
     EXPECT_EQ(std::string(buffer, 2), "23");
-}
-
-TEST_F(MfcFile, SetLengthCutsAndAClosedFileIgnoresEverything) {
-    CFile file;
-    ASSERT_TRUE(file.Open(L"\\f.bin", CFile::modeReadWrite | CFile::modeCreate));
-    file.Write("0123456789", 10);
-    file.SetLength(3);
+    file.Close();
+    ASSERT_TRUE(file.Open(L"\\f.bin", CFile::modeReadWrite));
+    file.SeekToEnd();
+    file.SetLength(3);  // a position beyond the new end comes back to it
     EXPECT_EQ(file.GetLength(), 3u);
     EXPECT_EQ(file.GetPosition(), 3u);
     file.Close();
@@ -108,19 +101,15 @@ TEST_F(MfcFile, SetLengthCutsAndAClosedFileIgnoresEverything) {
     EXPECT_EQ(Bytes("f.bin"), "012");
 }
 
-TEST_F(MfcFile, TheDestructorClosesWhatOpenOpened) {
+TEST_F(MfcFile, TheDestructorClosesWhatOpenOpenedAndInvalidFlagsAreRefused) {
     {
         CFile file;
         ASSERT_TRUE(file.Open(L"\\f.bin", CFile::modeWrite | CFile::modeCreate | CFile::shareExclusive));
     }
     CFile again;
     EXPECT_TRUE(again.Open(L"\\f.bin", CFile::modeWrite | CFile::shareExclusive));
-}
-
-TEST_F(MfcFile, RefusesInvalidFlags) {
-    CFile file;
     CFileException error;
-    EXPECT_FALSE(file.Open(L"\\f.bin", 3 | CFile::modeCreate, &error));
+    EXPECT_FALSE(CFile().Open(L"\\f.bin", 3 | CFile::modeCreate, &error));
     EXPECT_EQ(error.m_lOsError, static_cast<LONG>(ERROR_INVALID_PARAMETER));
 }
 

@@ -34,6 +34,12 @@ UINT EndEarly(LPVOID) {
     return 1;  // never reached
 }
 
+DWORD ExitCode(HANDLE thread) {
+    DWORD code = 0;
+    GetExitCodeThread(thread, &code);
+    return code;
+}
+
 UINT SleepLong(LPVOID) {
     Sleep(INFINITE);
     return 0;
@@ -88,9 +94,7 @@ TEST(WinThread, BeginThreadWithTheDeviceStackAndPriorityRunsAndEndsWithItsCode) 
     thread->ResumeThread();
     AddUnderLock(&s);
     ASSERT_EQ(WaitForSingleObject(thread->m_hThread, INFINITE), WAIT_OBJECT_0);
-    DWORD code = 0;
-    GetExitCodeThread(*thread, &code);
-    EXPECT_EQ(code, 11u);
+    EXPECT_EQ(ExitCode(*thread), 11u);
     EXPECT_EQ(s.value, 10000);
     delete thread;
 }
@@ -103,29 +107,21 @@ TEST(WinThread, AutoDeletedThreadSignalsThroughCEvent) {
     EXPECT_TRUE(wait.IsLocked());
 }
 
-TEST(WinThread, EndThreadKeepsTheObjectWhenAskedAndReportsTheCode) {
-    CWinThread* thread = AfxBeginThread(EndEarly, nullptr);
-    ASSERT_NE(thread, nullptr);
-    HANDLE handle = thread->m_hThread;
-    ASSERT_EQ(WaitForSingleObject(handle, INFINITE), WAIT_OBJECT_0);
-    DWORD code = 0;
-    GetExitCodeThread(handle, &code);
-    EXPECT_EQ(code, 9u);
-    EXPECT_FALSE(thread->m_bAutoDelete);
-    delete thread;
-}
+TEST(WinThread, EndedOrTerminatedThreadsReportTheirCodeAndKeepTheObjectWhenAsked) {
+    CWinThread* ended = AfxBeginThread(EndEarly, nullptr);
+    ASSERT_NE(ended, nullptr);
+    ASSERT_EQ(WaitForSingleObject(ended->m_hThread, INFINITE), WAIT_OBJECT_0);
+    EXPECT_EQ(ExitCode(ended->m_hThread), 9u);
+    EXPECT_FALSE(ended->m_bAutoDelete);
+    delete ended;
 
-TEST(WinThread, TerminatedThreadEndsWithTheGivenCode) {
-    CWinThread* thread = AfxBeginThread(SleepLong, nullptr);
-    ASSERT_NE(thread, nullptr);
-    HANDLE watch = thread->m_hThread;
-    thread->m_bAutoDelete = FALSE;
-    EXPECT_TRUE(TerminateThread(watch, static_cast<DWORD>(-1)));
-    ASSERT_EQ(WaitForSingleObject(watch, INFINITE), WAIT_OBJECT_0);
-    DWORD code = 0;
-    GetExitCodeThread(watch, &code);
-    EXPECT_EQ(code, static_cast<DWORD>(-1));
-    delete thread;
+    CWinThread* sleeper = AfxBeginThread(SleepLong, nullptr);
+    ASSERT_NE(sleeper, nullptr);
+    sleeper->m_bAutoDelete = FALSE;
+    EXPECT_TRUE(TerminateThread(sleeper->m_hThread, static_cast<DWORD>(-1)));
+    ASSERT_EQ(WaitForSingleObject(sleeper->m_hThread, INFINITE), WAIT_OBJECT_0);
+    EXPECT_EQ(ExitCode(sleeper->m_hThread), static_cast<DWORD>(-1));
+    delete sleeper;
 }
 
 TEST(SingleLock, ReleasesOnScopeEndAndTimesOutOnAnUnsignalledEvent) {

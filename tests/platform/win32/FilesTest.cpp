@@ -63,27 +63,21 @@ protected:
 
 // ---- device paths ----------------------------------------------------------------------------
 
-TEST_F(Files, FindsExistingComponentsWhateverTheirCase) {
+TEST_F(Files, MapsDevicePathsCaseInsensitivelyAndHostPathsAsTheyStand) {
     Put(L"\\Storage Card\\a.txt", "alpha");
     EXPECT_EQ(Get(L"\\STORAGE CARD\\a.TXT"), "alpha");
     EXPECT_EQ(Get(L"\\storage card\\A.txt"), "alpha");
     EXPECT_TRUE(std::filesystem::exists(root.path() + "/Storage Card/a.txt"));
-}
-
-TEST_F(Files, CreatesANewNameAsTypedInsideTheMatchedFolder) {
     Put(L"\\STORAGE CARD\\New.Ini", "x");
     EXPECT_TRUE(std::filesystem::exists(root.path() + "/Storage Card/New.Ini"));
     EXPECT_FALSE(std::filesystem::exists(root.path() + "/STORAGE CARD"));
-}
-
-TEST_F(Files, UsesHostPathsThatBeginWithSlashAsTheyStand) {
     const std::wstring host = kiv_text::FromUtf8(root.path()) + L"/plain.txt";
     Put(host.c_str(), "host");
     EXPECT_EQ(kiv_test::ReadFileBytes(root.path() + "/plain.txt"), "host");
     EXPECT_EQ(Get(L"\\plain.txt"), "host");
 }
 
-TEST_F(Files, TellsAMissingFileFromAMissingFolder) {
+TEST_F(Files, OpenErrorsTellAMissingFileFromAMissingFolderAndBadArguments) {
     EXPECT_EQ(Open(L"\\Storage Card\\none.txt", GENERIC_READ, 0, OPEN_EXISTING), INVALID_HANDLE_VALUE);
     EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(Open(L"\\No Folder\\none.txt", GENERIC_READ, 0, OPEN_EXISTING), INVALID_HANDLE_VALUE);
@@ -94,22 +88,17 @@ TEST_F(Files, TellsAMissingFileFromAMissingFolder) {
     EXPECT_EQ(GetLastError(), ERROR_PATH_NOT_FOUND);
 }
 
-TEST_F(Files, ReadsBackslashesOfRelativeNamesAsFolders) {
+TEST_F(Files, ReadsBackslashesOfRelativeNamesAsFoldersAndMakesTheDeviceRootOnFirstUse) {
     const auto previous = std::filesystem::current_path();
     std::filesystem::current_path(root.path() + "/Storage Card");
     ASSERT_TRUE(CreateDirectoryW(L"sub", nullptr));
     Put(L"sub\\rel.txt", "relative");
     std::filesystem::current_path(previous);
     EXPECT_EQ(Get(L"\\Storage Card\\sub\\rel.txt"), "relative");
-}
 
-TEST_F(Files, MakesTheDeviceRootOnFirstUse) {
     kiv_host::SetDeviceRoot(root.path() + "/not/yet");
     EXPECT_TRUE(CreateDirectoryW(L"\\Zeb", nullptr));
     EXPECT_TRUE(std::filesystem::is_directory(root.path() + "/not/yet/Zeb"));
-}
-
-TEST_F(Files, RefusesNullAndEmptyNames) {
     EXPECT_EQ(Open(nullptr, GENERIC_READ, 0, OPEN_EXISTING), INVALID_HANDLE_VALUE);
     EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
     EXPECT_EQ(Open(L"", GENERIC_READ, 0, OPEN_EXISTING), INVALID_HANDLE_VALUE);
@@ -120,28 +109,21 @@ TEST_F(Files, RefusesNullAndEmptyNames) {
 
 // ---- creation dispositions -----------------------------------------------------------------------
 
-TEST_F(Files, CreateNewRefusesAnExistingFile) {
+TEST_F(Files, CreationDispositionsKeepTruncateOrRefuse) {
+    HANDLE h = Open(L"\\f.txt", GENERIC_WRITE, 0, CREATE_ALWAYS);
+    EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
+    CloseHandle(h);
     Put(L"\\f.txt", "old");
     EXPECT_EQ(Open(L"\\F.TXT", kReadWrite, 0, CREATE_NEW), INVALID_HANDLE_VALUE);
     EXPECT_EQ(GetLastError(), ERROR_FILE_EXISTS);
     EXPECT_EQ(Get(L"\\f.txt"), "old");
-}
-
-TEST_F(Files, CreateAlwaysTruncatesAndReportsThatTheFileExisted) {
-    HANDLE h = Open(L"\\f.txt", GENERIC_WRITE, 0, CREATE_ALWAYS);
-    EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
-    CloseHandle(h);
-    Put(L"\\f.txt", "old content");
     h = Open(L"\\f.txt", GENERIC_WRITE, 0, CREATE_ALWAYS);
     ASSERT_NE(h, INVALID_HANDLE_VALUE);
     EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
     CloseHandle(h);
     EXPECT_EQ(Get(L"\\f.txt"), "");
-}
-
-TEST_F(Files, OpenAlwaysKeepsTheContentAndTruncateExistingEmptiesIt) {
     Put(L"\\f.txt", "keep");
-    HANDLE h = Open(L"\\f.txt", kReadWrite, 0, OPEN_ALWAYS);
+    h = Open(L"\\f.txt", kReadWrite, 0, OPEN_ALWAYS);
     EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
     CloseHandle(h);
     EXPECT_EQ(Get(L"\\f.txt"), "keep");
@@ -200,7 +182,7 @@ TEST_F(Files, RefusesToOpenAFolderAsAFile) {
 
 // ---- reading, writing, positions -----------------------------------------------------------------
 
-TEST_F(Files, HandlesReadAndWriteOnlyWhatTheyWereOpenedFor) {
+TEST_F(Files, HandlesReadAndWriteOnlyWhatTheyWereOpenedForUntilClosed) {
     Put(L"\\f.txt", "abc");
     char buffer[4];
     DWORD n = 99;
@@ -212,22 +194,19 @@ TEST_F(Files, HandlesReadAndWriteOnlyWhatTheyWereOpenedFor) {
     EXPECT_FALSE(WriteFile(r, "x", 1, &n, nullptr));
     EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
     CloseHandle(w);
-    CloseHandle(r);
-}
-
-TEST_F(Files, ReadsShortAtTheEndAndThenNothing) {
-    Put(L"\\f.txt", "abc");
-    HANDLE h = Open(L"\\f.txt", GENERIC_READ, 0, OPEN_EXISTING);
-    char buffer[8];
-    DWORD n = 0;
-    EXPECT_TRUE(ReadFile(h, buffer, 8, &n, nullptr));
-    EXPECT_EQ(std::string(buffer, n), "abc");
-    EXPECT_TRUE(ReadFile(h, buffer, 8, &n, nullptr));
+    char all[8];
+    EXPECT_TRUE(ReadFile(r, all, 8, &n, nullptr));  // short at the end, then nothing
+    EXPECT_EQ(std::string(all, n), "abc");
+    EXPECT_TRUE(ReadFile(r, all, 8, &n, nullptr));
     EXPECT_EQ(n, 0u);
-    CloseHandle(h);
+    ASSERT_TRUE(CloseHandle(r));
+    EXPECT_FALSE(ReadFile(r, all, 1, &n, nullptr));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(GetFileSize(r, nullptr), INVALID_FILE_SIZE);
+    EXPECT_FALSE(CloseHandle(r));
 }
 
-TEST_F(Files, SeeksFromBeginCurrentAndEnd) {
+TEST_F(Files, SeeksRefusesNegativePositionsAndCutsAtThePosition) {
     Put(L"\\f.txt", "0123456789");
     HANDLE h = Open(L"\\f.txt", kReadWrite, 0, OPEN_EXISTING);
     EXPECT_EQ(SetFilePointer(h, -3, nullptr, FILE_END), 7u);
@@ -239,21 +218,16 @@ TEST_F(Files, SeeksFromBeginCurrentAndEnd) {
     EXPECT_EQ(SetFilePointer(h, 2, nullptr, FILE_BEGIN), 2u);
     WriteFile(h, "xy", 2, &n, nullptr);
     EXPECT_EQ(GetFileSize(h, nullptr), 10u);
-    CloseHandle(h);
-    EXPECT_EQ(Get(L"\\f.txt"), "01xy456789");
-}
-
-TEST_F(Files, RefusesANegativePositionAndKeepsTheOldOne) {
-    Put(L"\\f.txt", "0123");
-    HANDLE h = Open(L"\\f.txt", GENERIC_READ, 0, OPEN_EXISTING);
-    SetFilePointer(h, 2, nullptr, FILE_BEGIN);
-    EXPECT_EQ(SetFilePointer(h, -3, nullptr, FILE_CURRENT), INVALID_SET_FILE_POINTER);
+    EXPECT_EQ(SetFilePointer(h, -5, nullptr, FILE_CURRENT), INVALID_SET_FILE_POINTER);
     EXPECT_EQ(GetLastError(), ERROR_NEGATIVE_SEEK);
-    EXPECT_EQ(SetFilePointer(h, 0, nullptr, FILE_CURRENT), 2u);
+    EXPECT_EQ(SetFilePointer(h, 0, nullptr, FILE_CURRENT), 4u);
+    EXPECT_TRUE(SetEndOfFile(h));
+    EXPECT_TRUE(FlushFileBuffers(h));
     CloseHandle(h);
+    EXPECT_EQ(Get(L"\\f.txt"), "01xy");
 }
 
-TEST_F(Files, CarriesPositionsBeyondFourGigabytesInTheHighWord) {
+TEST_F(Files, PositionsBeyondFourGigabytesNeedTheHighWord) {
     Put(L"\\f.txt", "x");
     HANDLE h = Open(L"\\f.txt", GENERIC_READ, 0, OPEN_EXISTING);
     LONG high = 1;
@@ -262,13 +236,7 @@ TEST_F(Files, CarriesPositionsBeyondFourGigabytesInTheHighWord) {
     high = 0;
     EXPECT_EQ(SetFilePointer(h, 0, &high, FILE_CURRENT), 16u);
     EXPECT_EQ(high, 1);
-    CloseHandle(h);
-}
-
-TEST_F(Files, WithoutAHighWordAPositionMustFitInThirtyTwoBits) {
-    Put(L"\\f.txt", "x");
-    HANDLE h = Open(L"\\f.txt", GENERIC_READ, 0, OPEN_EXISTING);
-    LONG high = 0;
+    high = 0;
     EXPECT_EQ(SetFilePointer(h, -2, &high, FILE_BEGIN), 0xFFFFFFFEu);  // the low word 0xFFFFFFFE
     EXPECT_EQ(SetFilePointer(h, 0, nullptr, FILE_CURRENT), 0xFFFFFFFEu);
     EXPECT_EQ(GetLastError(), NO_ERROR);
@@ -284,28 +252,6 @@ TEST_F(Files, WithoutAHighWordAPositionMustFitInThirtyTwoBits) {
     EXPECT_EQ(SetFilePointer(h, 0, &high, FILE_CURRENT), 16u);  // refusals leave the position
     EXPECT_EQ(high, 1);
     CloseHandle(h);
-}
-
-TEST_F(Files, SetEndOfFileCutsAtThePosition) {
-    Put(L"\\f.txt", "0123456789");
-    HANDLE h = Open(L"\\f.txt", GENERIC_WRITE, 0, OPEN_EXISTING);
-    SetFilePointer(h, 4, nullptr, FILE_BEGIN);
-    EXPECT_TRUE(SetEndOfFile(h));
-    EXPECT_TRUE(FlushFileBuffers(h));
-    CloseHandle(h);
-    EXPECT_EQ(Get(L"\\f.txt"), "0123");
-}
-
-TEST_F(Files, AClosedHandleIsInvalid) {
-    Put(L"\\f.txt", "x");
-    HANDLE h = Open(L"\\f.txt", GENERIC_READ, 0, OPEN_EXISTING);
-    ASSERT_TRUE(CloseHandle(h));
-    char c;
-    DWORD n;
-    EXPECT_FALSE(ReadFile(h, &c, 1, &n, nullptr));
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
-    EXPECT_EQ(GetFileSize(h, nullptr), INVALID_FILE_SIZE);
-    EXPECT_FALSE(CloseHandle(h));
 }
 
 // ---- share modes ----------------------------------------------------------------------------------
@@ -328,7 +274,7 @@ TEST_F(Files, DenyWriteRefusesASecondWriterButAdmitsReaders) {
     CloseHandle(again);
 }
 
-TEST_F(Files, ExclusiveHandleRefusesEveryOtherOpen) {
+TEST_F(Files, ExclusiveHandleRefusesEveryOtherOpenAndARefusedTruncationKeepsContent) {
     HANDLE first = Open(L"\\f.txt", GENERIC_READ, 0, CREATE_ALWAYS);
     ASSERT_NE(first, INVALID_HANDLE_VALUE);
     EXPECT_EQ(Open(L"\\f.txt", GENERIC_READ, kShareAll, OPEN_EXISTING), INVALID_HANDLE_VALUE);
@@ -336,9 +282,6 @@ TEST_F(Files, ExclusiveHandleRefusesEveryOtherOpen) {
     EXPECT_EQ(Open(L"\\f.txt", GENERIC_WRITE, kShareAll, CREATE_ALWAYS), INVALID_HANDLE_VALUE);
     EXPECT_EQ(GetLastError(), ERROR_SHARING_VIOLATION);
     CloseHandle(first);
-}
-
-TEST_F(Files, ARefusedTruncationLeavesTheContent) {
     Put(L"\\f.txt", "precious");
     HANDLE reader = Open(L"\\f.txt", GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING);
     EXPECT_EQ(Open(L"\\f.txt", GENERIC_WRITE, kShareAll, CREATE_ALWAYS), INVALID_HANDLE_VALUE);
@@ -347,25 +290,20 @@ TEST_F(Files, ARefusedTruncationLeavesTheContent) {
 }
 
 TEST_F(Files, ShareModesHoldBetweenProcesses) {
+    // The error code a child process gets when it opens the file.
+    auto childOpens = [](DWORD access, DWORD share) {
+        return InChildProcess([=] {
+            HANDLE h = Open(L"\\f.txt", access, share, OPEN_EXISTING);
+            return h == INVALID_HANDLE_VALUE ? GetLastError() : ERROR_SUCCESS;
+        });
+    };
     Put(L"\\f.txt", "x");
     HANDLE mine = Open(L"\\f.txt", kReadWrite, FILE_SHARE_READ, OPEN_EXISTING);
     ASSERT_NE(mine, INVALID_HANDLE_VALUE);
-    EXPECT_EQ(InChildProcess([] {
-                  HANDLE h = Open(L"\\f.txt", GENERIC_WRITE, kShareAll, OPEN_EXISTING);
-                  return h == INVALID_HANDLE_VALUE ? GetLastError() : ERROR_SUCCESS;
-              }),
-              static_cast<int>(ERROR_SHARING_VIOLATION));
-    EXPECT_EQ(InChildProcess([] {
-                  HANDLE h = Open(L"\\f.txt", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING);
-                  return h == INVALID_HANDLE_VALUE ? GetLastError() : ERROR_SUCCESS;
-              }),
-              static_cast<int>(ERROR_SUCCESS));
+    EXPECT_EQ(childOpens(GENERIC_WRITE, kShareAll), static_cast<int>(ERROR_SHARING_VIOLATION));
+    EXPECT_EQ(childOpens(GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE), static_cast<int>(ERROR_SUCCESS));
     CloseHandle(mine);
-    EXPECT_EQ(InChildProcess([] {
-                  HANDLE h = Open(L"\\f.txt", GENERIC_WRITE, 0, OPEN_EXISTING);
-                  return h == INVALID_HANDLE_VALUE ? GetLastError() : ERROR_SUCCESS;
-              }),
-              static_cast<int>(ERROR_SUCCESS));
+    EXPECT_EQ(childOpens(GENERIC_WRITE, 0), static_cast<int>(ERROR_SUCCESS));
 }
 
 TEST_F(Files, OpenFilesCannotBeDeletedOrMovedWithoutDeleteSharing) {
@@ -398,15 +336,12 @@ TEST_F(Files, StreamsFromWfopenHonourAndTakeShareModes) {
 
 // ---- attributes -------------------------------------------------------------------------------------
 
-TEST_F(Files, ReportsFoldersAndFiles) {
+TEST_F(Files, ReadOnlyFilesRefuseWritingAndDeletingUntilCleared) {
     Put(L"\\Storage Card\\f.txt", "x");
     EXPECT_EQ(GetFileAttributesW(L"\\storage card"), FILE_ATTRIBUTE_DIRECTORY);
     EXPECT_EQ(GetFileAttributesW(L"\\Storage Card\\F.TXT"), FILE_ATTRIBUTE_ARCHIVE);
     EXPECT_EQ(GetFileAttributesW(L"\\Storage Card\\g.txt"), INVALID_FILE_ATTRIBUTES);
     EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
-}
-
-TEST_F(Files, ReadOnlyFilesRefuseWritingAndDeletingUntilCleared) {
     Put(L"\\f.txt", "keep");
     ASSERT_TRUE(SetFileAttributesW(L"\\f.txt", FILE_ATTRIBUTE_READONLY));
     EXPECT_EQ(GetFileAttributesW(L"\\f.txt"), FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_READONLY);
@@ -422,20 +357,12 @@ TEST_F(Files, ReadOnlyFilesRefuseWritingAndDeletingUntilCleared) {
     EXPECT_TRUE(DeleteFileW(L"\\f.txt"));
 }
 
-TEST_F(Files, KeepsTheHiddenFlagOfFilesAndFolders) {
+TEST_F(Files, KeepsTheHiddenFlagAndReplacingAFileGivesItTheAttributesAskedFor) {
     if (!kiv_test::TempFolderKeepsUserAttributes()) GTEST_SKIP() << "no user extended attributes here";
     ASSERT_TRUE(SetFileAttributesW(L"\\Storage Card", FILE_ATTRIBUTE_HIDDEN));
     EXPECT_EQ(GetFileAttributesW(L"\\Storage Card"), FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_HIDDEN);
-    CloseHandle(Open(L"\\h.txt", GENERIC_WRITE, 0, CREATE_NEW, FILE_ATTRIBUTE_HIDDEN));
-    EXPECT_EQ(GetFileAttributesW(L"\\h.txt"), FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN);
-    ASSERT_TRUE(SetFileAttributesW(L"\\h.txt", FILE_ATTRIBUTE_NORMAL));
-    EXPECT_EQ(GetFileAttributesW(L"\\h.txt"), FILE_ATTRIBUTE_ARCHIVE);
-}
-
-TEST_F(Files, ReplacingAFileGivesItTheAttributesAskedForAndTruncatingKeepsItsOwn) {
-    if (!kiv_test::TempFolderKeepsUserAttributes()) GTEST_SKIP() << "no user extended attributes here";
-    Put(L"\\f.txt", "old");
-    ASSERT_TRUE(SetFileAttributesW(L"\\f.txt", FILE_ATTRIBUTE_HIDDEN));
+    CloseHandle(Open(L"\\f.txt", GENERIC_WRITE, 0, CREATE_NEW, FILE_ATTRIBUTE_HIDDEN));
+    EXPECT_EQ(GetFileAttributesW(L"\\f.txt"), FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN);
     CloseHandle(Open(L"\\f.txt", GENERIC_WRITE, 0, TRUNCATE_EXISTING));
     EXPECT_EQ(GetFileAttributesW(L"\\f.txt"), FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN);
     CloseHandle(Open(L"\\f.txt", GENERIC_WRITE, 0, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL));
@@ -447,7 +374,7 @@ TEST_F(Files, ReplacingAFileGivesItTheAttributesAskedForAndTruncatingKeepsItsOwn
     EXPECT_EQ(GetFileAttributesW(L"\\f.txt"), FILE_ATTRIBUTE_ARCHIVE);
 }
 
-TEST_F(Files, ReplacingAFileAsReadOnlyLeavesItReadOnlyButWritableThroughTheHandle) {
+TEST_F(Files, ReadOnlyFilesMadeByTheirHandleStayWritableThroughIt) {
     Put(L"\\f.txt", "old content");
     HANDLE h = Open(L"\\f.txt", GENERIC_WRITE, 0, CREATE_ALWAYS, FILE_ATTRIBUTE_READONLY);
     ASSERT_NE(h, INVALID_HANDLE_VALUE);
@@ -467,9 +394,6 @@ TEST_F(Files, FoldersIgnoreTheReadOnlyAttribute) {
     EXPECT_NE(permissions & std::filesystem::perms::owner_write, std::filesystem::perms::none);
     Put(L"\\Storage Card\\in.txt", "x");
     EXPECT_TRUE(DeleteFileW(L"\\Storage Card\\in.txt"));
-}
-
-TEST_F(Files, ANewReadOnlyFileIsStillWritableThroughItsHandle) {
     HANDLE h = Open(L"\\r.txt", GENERIC_WRITE, 0, CREATE_NEW, FILE_ATTRIBUTE_READONLY);
     DWORD n = 0;
     EXPECT_TRUE(WriteFile(h, "ro", 2, &n, nullptr));
@@ -480,7 +404,7 @@ TEST_F(Files, ANewReadOnlyFileIsStillWritableThroughItsHandle) {
 
 // ---- moving, deleting, folders -------------------------------------------------------------------------
 
-TEST_F(Files, MoveRefusesAnExistingTargetAndKeepsBothFiles) {
+TEST_F(Files, MoveRefusesExistingTargetsChangesCaseAndReportsWhatIsMissing) {
     Put(L"\\a.txt", "a");
     Put(L"\\b.txt", "b");
     EXPECT_FALSE(MoveFileW(L"\\a.txt", L"\\B.TXT"));
@@ -490,16 +414,10 @@ TEST_F(Files, MoveRefusesAnExistingTargetAndKeepsBothFiles) {
     EXPECT_TRUE(MoveFileExW(L"\\a.txt", L"\\B.TXT", MOVEFILE_REPLACE_EXISTING));
     EXPECT_EQ(Get(L"\\b.txt"), "a");
     EXPECT_EQ(GetFileAttributesW(L"\\a.txt"), INVALID_FILE_ATTRIBUTES);
-}
-
-TEST_F(Files, MoveCanChangeOnlyTheCaseOfAName) {
     Put(L"\\a.txt", "a");
     EXPECT_TRUE(MoveFileW(L"\\a.txt", L"\\A.TXT"));
     EXPECT_TRUE(std::filesystem::exists(root.path() + "/A.TXT"));
     EXPECT_FALSE(std::filesystem::exists(root.path() + "/a.txt"));
-}
-
-TEST_F(Files, MoveReportsWhatIsMissing) {
     EXPECT_FALSE(MoveFileW(L"\\none.txt", L"\\x.txt"));
     EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
     Put(L"\\a.txt", "a");
@@ -521,14 +439,11 @@ TEST_F(Files, ReplacingIsRefusedForReadOnlyOrOpenTargets) {
     EXPECT_EQ(Get(L"\\b.txt"), "old");
 }
 
-TEST_F(Files, DeleteRefusesMissingFilesAndFolders) {
+TEST_F(Files, DeleteAndFolderErrors) {
     EXPECT_FALSE(DeleteFileW(L"\\none.txt"));
     EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
     EXPECT_FALSE(DeleteFileW(L"\\Storage Card"));
     EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
-}
-
-TEST_F(Files, CreateDirectoryReportsExistingAndMissingParents) {
     EXPECT_FALSE(CreateDirectoryW(L"\\STORAGE CARD", nullptr));
     EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
     EXPECT_FALSE(CreateDirectoryW(L"\\a\\b", nullptr));
@@ -554,7 +469,7 @@ TEST_F(Files, WfopenCreatesTruncatesAppendsAndReads) {
     EXPECT_EQ(Get(L"\\Storage Card\\s.xml"), "");
 }
 
-TEST_F(Files, WfopenFailsCleanlyOnMissingFilesAndBadModes) {
+TEST_F(Files, WfopenFailsCleanlyOnMissingFilesBadModesAndReadOnlyFiles) {
     errno = 0;
     EXPECT_EQ(_wfopen(L"\\none.txt", L"rb"), nullptr);
     EXPECT_EQ(errno, ENOENT);
@@ -562,9 +477,6 @@ TEST_F(Files, WfopenFailsCleanlyOnMissingFilesAndBadModes) {
     EXPECT_EQ(_wfopen(L"\\none.txt", L"q"), nullptr);
     EXPECT_EQ(errno, EINVAL);
     EXPECT_EQ(_wfopen(L"\\none.txt", nullptr), nullptr);
-}
-
-TEST_F(Files, WfopenOfAReadOnlyFileForWritingIsDenied) {
     Put(L"\\f.txt", "keep");
     SetFileAttributesW(L"\\f.txt", FILE_ATTRIBUTE_READONLY);
     EXPECT_EQ(_wfopen(L"\\f.txt", L"wb+"), nullptr);

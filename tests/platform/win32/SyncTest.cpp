@@ -46,6 +46,12 @@ DWORD WINAPI SleepForever(LPVOID parameter) {
 
 DWORD WINAPI ReturnParameter(LPVOID parameter) { return static_cast<DWORD>(reinterpret_cast<uintptr_t>(parameter)); }
 
+DWORD ExitCode(HANDLE thread) {
+    DWORD code = 0;
+    GetExitCodeThread(thread, &code);
+    return code;
+}
+
 DWORD WINAPI WaitOnEvent(LPVOID parameter) {
     return WaitForSingleObject(static_cast<HANDLE>(parameter), INFINITE) == WAIT_OBJECT_0 ? 1 : 0;
 }
@@ -85,9 +91,7 @@ struct Waiters {
         int total = 0;
         for (HANDLE t : threads) {
             EXPECT_EQ(WaitForSingleObject(t, 20000), WAIT_OBJECT_0);
-            DWORD code = 0;
-            GetExitCodeThread(t, &code);
-            total += static_cast<int>(code);
+            total += static_cast<int>(ExitCode(t));
             CloseHandle(t);
         }
         threads.clear();
@@ -143,7 +147,7 @@ TEST_F(Sync, SecondCreateOfANameReturnsTheSameEventAndAlreadyExists) {
     CloseHandle(second);
 }
 
-TEST_F(Sync, NameIsForgottenWhenItsLastHandleCloses) {
+TEST_F(Sync, NameIsForgottenWhenItsLastHandleClosesOrOnReset) {
     HANDLE e = CreateEventW(nullptr, TRUE, TRUE, L"Tic Timer Stopped");
     HANDLE opened = OpenEventW(SYNCHRONIZE, FALSE, L"Tic Timer Stopped");
     ASSERT_NE(opened, nullptr);
@@ -152,6 +156,15 @@ TEST_F(Sync, NameIsForgottenWhenItsLastHandleCloses) {
     CloseHandle(opened);
     EXPECT_EQ(OpenEventW(SYNCHRONIZE, FALSE, L"Tic Timer Stopped"), nullptr);
     EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
+
+    e = CreateEventW(nullptr, TRUE, FALSE, L"Kept");
+    kiv_host::ResetForTesting();
+    HANDLE fresh = CreateEventW(nullptr, TRUE, TRUE, L"Kept");
+    EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
+    EXPECT_EQ(WaitForSingleObject(e, 0), WAIT_TIMEOUT);  // the old handle still works, on its own event
+    EXPECT_EQ(WaitForSingleObject(fresh, 0), WAIT_OBJECT_0);
+    CloseHandle(e);
+    CloseHandle(fresh);
 }
 
 TEST_F(Sync, NamedEventHandshakeBetweenTwoThreads) {
@@ -166,46 +179,27 @@ TEST_F(Sync, NamedEventHandshakeBetweenTwoThreads) {
         EXPECT_EQ(h.seen.load(), i);
     }
     ASSERT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
-    DWORD code = 99;
-    ASSERT_TRUE(GetExitCodeThread(thread, &code));
-    EXPECT_EQ(code, 0u);
+    EXPECT_EQ(ExitCode(thread), 0u);
     CloseHandle(thread);
     CloseHandle(request);
     CloseHandle(answer);
 }
 
-TEST_F(Sync, ResetForTestingForgetsNames) {
-    HANDLE e = CreateEventW(nullptr, TRUE, FALSE, L"Kept");
-    kiv_host::ResetForTesting();
-    HANDLE fresh = CreateEventW(nullptr, TRUE, TRUE, L"Kept");
-    EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
-    EXPECT_EQ(WaitForSingleObject(e, 0), WAIT_TIMEOUT);  // the old handle still works, on its own event
-    EXPECT_EQ(WaitForSingleObject(fresh, 0), WAIT_OBJECT_0);
-    CloseHandle(e);
-    CloseHandle(fresh);
-}
-
 // ---- event states --------------------------------------------------------------------------
 
-TEST_F(Sync, AutoResetEventReleasesOneWaitAndResets) {
-    HANDLE e = CreateEventW(nullptr, FALSE, TRUE, nullptr);
-    EXPECT_EQ(WaitForSingleObject(e, 0), WAIT_OBJECT_0);
-    EXPECT_EQ(WaitForSingleObject(e, 0), WAIT_TIMEOUT);
-    EXPECT_TRUE(EventModify(e, EVENT_SET));
-    EXPECT_TRUE(EventModify(e, EVENT_RESET));
-    EXPECT_EQ(WaitForSingleObject(e, 0), WAIT_TIMEOUT);
-    CloseHandle(e);
-}
-
-TEST_F(Sync, PulseWithoutWaitersLeavesEventNonSignalled) {
+TEST_F(Sync, WithoutWaitersAutoResetReleasesOneWaitAndPulseLeavesNothing) {
+    HANDLE automatic = CreateEventW(nullptr, FALSE, TRUE, nullptr);
     HANDLE manual = CreateEventW(nullptr, TRUE, TRUE, nullptr);
-    HANDLE automatic = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    EXPECT_TRUE(EventModify(manual, EVENT_PULSE));
-    EXPECT_TRUE(EventModify(automatic, EVENT_PULSE));
-    EXPECT_EQ(WaitForSingleObject(manual, 0), WAIT_TIMEOUT);
+    EXPECT_EQ(WaitForSingleObject(automatic, 0), WAIT_OBJECT_0);
     EXPECT_EQ(WaitForSingleObject(automatic, 0), WAIT_TIMEOUT);
-    CloseHandle(manual);
-    CloseHandle(automatic);
+    EXPECT_TRUE(EventModify(automatic, EVENT_SET));
+    EXPECT_TRUE(EventModify(automatic, EVENT_RESET));
+    EXPECT_EQ(WaitForSingleObject(automatic, 0), WAIT_TIMEOUT);
+    for (HANDLE e : {manual, automatic}) {
+        EXPECT_TRUE(EventModify(e, EVENT_PULSE));
+        EXPECT_EQ(WaitForSingleObject(e, 0), WAIT_TIMEOUT);
+        CloseHandle(e);
+    }
 }
 
 TEST_F(Sync, AutoResetSetAndPulseReleaseOneWaiterEachHoweverQuickly) {
@@ -259,7 +253,7 @@ TEST_F(Sync, TerminatedWaiterLeavesNoReleaseBehind) {
     CloseHandle(e);
 }
 
-TEST_F(Sync, WaitTimesOutNeverBeforeItsRequestHasPassed) {
+TEST_F(Sync, WaitsAndSleepsLastAtLeastTheirRequestAndTickCountFollows) {
     HANDLE e = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     for (DWORD ms : {1u, 20u, 60u}) {
         const auto start = Clock::now();
@@ -267,6 +261,11 @@ TEST_F(Sync, WaitTimesOutNeverBeforeItsRequestHasPassed) {
         EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(ms));
     }
     CloseHandle(e);
+    const DWORD before = GetTickCount();
+    const auto start = Clock::now();
+    Sleep(25);
+    EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(25));
+    EXPECT_GE(static_cast<DWORD>(GetTickCount() - before), 24u);  // tick boundaries may shave one
 }
 
 TEST_F(Sync, BadHandlesFailCleanly) {
@@ -284,7 +283,7 @@ TEST_F(Sync, BadHandlesFailCleanly) {
 
 // ---- threads ------------------------------------------------------------------------------------
 
-TEST_F(Sync, WaitOnThreadHandleReturnsWhenItEndsWithItsExitCode) {
+TEST_F(Sync, ThreadHandleIsSignalledWhenItEndsWithItsExitCodeAndSuspendedThreadsWait) {
     DWORD id = 0;
     HANDLE thread = CreateThread(nullptr, 0, ReturnParameter, reinterpret_cast<LPVOID>(uintptr_t{42}), 0, &id);
     ASSERT_NE(thread, nullptr);
@@ -292,52 +291,38 @@ TEST_F(Sync, WaitOnThreadHandleReturnsWhenItEndsWithItsExitCode) {
     EXPECT_NE(id, GetCurrentThreadId());
     EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
     EXPECT_EQ(WaitForSingleObject(thread, 0), WAIT_OBJECT_0);  // stays signalled
-    DWORD code = 0;
-    EXPECT_TRUE(GetExitCodeThread(thread, &code));
-    EXPECT_EQ(code, 42u);
+    EXPECT_EQ(ExitCode(thread), 42u);
     EXPECT_TRUE(CloseHandle(thread));
-}
 
-TEST_F(Sync, SuspendedThreadRunsOnlyAfterResume) {
-    HANDLE thread = CreateThread(nullptr, 1000, ReturnParameter, reinterpret_cast<LPVOID>(uintptr_t{5}),
-                                 CREATE_SUSPENDED, nullptr);
+    thread = CreateThread(nullptr, 1000, ReturnParameter, reinterpret_cast<LPVOID>(uintptr_t{5}), CREATE_SUSPENDED,
+                          nullptr);
     EXPECT_EQ(WaitForSingleObject(thread, 30), WAIT_TIMEOUT);
-    DWORD code = 0;
-    GetExitCodeThread(thread, &code);
-    EXPECT_EQ(code, STILL_ACTIVE);
+    EXPECT_EQ(ExitCode(thread), STILL_ACTIVE);
     EXPECT_TRUE(SetThreadPriority(thread, THREAD_PRIORITY_ABOVE_NORMAL));
     EXPECT_EQ(GetThreadPriority(thread), THREAD_PRIORITY_ABOVE_NORMAL);
     EXPECT_EQ(ResumeThread(thread), 1u);
     EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
-    GetExitCodeThread(thread, &code);
-    EXPECT_EQ(code, 5u);
+    EXPECT_EQ(ExitCode(thread), 5u);
     CloseHandle(thread);
 }
 
-TEST_F(Sync, ThreadTerminatedWhileSleepingEndsWithTheGivenCode) {
+TEST_F(Sync, ThreadTerminatedWhileSleepingOrWaitingEndsWithTheGivenCode) {
     std::atomic<bool> started{false};
     HANDLE thread = CreateThread(nullptr, 32767, SleepForever, &started, 0, nullptr);
     while (!started) Sleep(1);
     Sleep(10);  // most likely asleep by now; a terminate before the sleep works as well
-    DWORD code = 0;
-    GetExitCodeThread(thread, &code);
-    EXPECT_EQ(code, STILL_ACTIVE);
+    EXPECT_EQ(ExitCode(thread), STILL_ACTIVE);
     EXPECT_TRUE(TerminateThread(thread, static_cast<DWORD>(-1)));
     EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
-    GetExitCodeThread(thread, &code);
-    EXPECT_EQ(code, static_cast<DWORD>(-1));
+    EXPECT_EQ(ExitCode(thread), static_cast<DWORD>(-1));
     CloseHandle(thread);
-}
 
-TEST_F(Sync, ThreadTerminatedWhileWaitingOnAnEventEnds) {
     HANDLE never = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    HANDLE thread = CreateThread(nullptr, 0, WaitOnEvent, never, 0, nullptr);
+    thread = CreateThread(nullptr, 0, WaitOnEvent, never, 0, nullptr);
     Sleep(10);
     TerminateThread(thread, 3);
     EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
-    DWORD code = 0;
-    GetExitCodeThread(thread, &code);
-    EXPECT_EQ(code, 3u);
+    EXPECT_EQ(ExitCode(thread), 3u);
     CloseHandle(thread);
     CloseHandle(never);
 }
@@ -371,23 +356,11 @@ TEST_F(Sync, ThreadTerminatedWhileEnteringACriticalSectionEndsWithoutIt) {
     LeaveCriticalSection(&c.section);
     ASSERT_EQ(WaitForSingleObject(first, 10000), WAIT_OBJECT_0);
     ASSERT_EQ(WaitForSingleObject(second, 10000), WAIT_OBJECT_0);
-    DWORD code = 0;
-    GetExitCodeThread(first, &code);
-    EXPECT_EQ(code, 6u);
+    EXPECT_EQ(ExitCode(first), 6u);
     EXPECT_EQ(c.value, 1);
     EXPECT_TRUE(TryEnterCriticalSection(&c.section));
     LeaveCriticalSection(&c.section);
     DeleteCriticalSection(&c.section);
     CloseHandle(first);
     CloseHandle(second);
-}
-
-// ---- time --------------------------------------------------------------------------------------------
-
-TEST_F(Sync, SleepLastsAtLeastItsRequestAndTickCountFollows) {
-    const DWORD before = GetTickCount();
-    const auto start = Clock::now();
-    Sleep(25);
-    EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(25));
-    EXPECT_GE(static_cast<DWORD>(GetTickCount() - before), 24u);  // tick boundaries may shave one
 }

@@ -73,11 +73,26 @@ protected:
     }
 };
 
+// Registers `name` for `procedure` and makes a hidden top-level window of it on this thread.
+HWND MakeOwnWindow(const wchar_t* name, WNDPROC procedure) {
+    WNDCLASSW c{};
+    c.lpfnWndProc = procedure;
+    c.lpszClassName = name;
+    RegisterClassW(&c);
+    return CreateWindowExW(0, name, L"", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
+}
+
+DWORD ExitCode(HANDLE thread) {
+    DWORD code = 0;
+    GetExitCodeThread(thread, &code);
+    return code;
+}
+
 }  // namespace
 
 // ---- classes and window tree -----------------------------------------------------------------
 
-TEST_F(Windows, CreationSendsNcCreateAndCreateAndKeepsParentIdAndText) {
+TEST_F(Windows, CreationSendsNcCreateAndCreateAndKeepsParentIdTextAndClassForFindWindow) {
     WNDCLASSW again{};
     again.lpfnWndProc = Recording;
     again.lpszClassName = L"RECORDING";
@@ -108,6 +123,19 @@ TEST_F(Windows, CreationSendsNcCreateAndCreateAndKeepsParentIdAndText) {
     EXPECT_EQ(Make(L"child without parent", WS_CHILD), nullptr);
     EXPECT_EQ(Make(L"refuses", 0, nullptr, 0, reinterpret_cast<LPVOID>(-1)), nullptr);
     EXPECT_EQ(FindWindowW(nullptr, L"refuses"), nullptr);
+
+    HWND main = Make(L"Main");
+    HWND keyboard = CreateWindowExW(0, L"Keybord Window", L"SIP", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
+    Make(L"Hidden child", WS_CHILD, main, 3);
+    EXPECT_EQ(FindWindowW(L"keybord window", nullptr), keyboard);
+    EXPECT_EQ(FindWindowW(nullptr, L"main"), main);
+    EXPECT_EQ(FindWindowW(L"Recording", L"Main"), main);
+    EXPECT_EQ(FindWindowW(L"Keybord Window", L"Main"), nullptr);
+    EXPECT_EQ(FindWindowW(nullptr, L"Hidden child"), nullptr);
+    EXPECT_EQ(SendMessageW(FindWindowW(L"Keybord Window", nullptr), WM_COMMAND, 7, 0), 1);
+    wchar_t name[32];
+    EXPECT_EQ(GetClassNameW(keyboard, name, 32), 14);
+    EXPECT_STREQ(name, L"Keybord Window");
 }
 
 TEST_F(Windows, WindowTreeIsDestroyedWithItsChildren) {
@@ -141,21 +169,6 @@ TEST_F(Windows, WindowTreeIsDestroyedWithItsChildren) {
     EXPECT_FALSE(PostMessageW(edit, WM_USER, 0, 0));
     EXPECT_EQ(GetLastError(), ERROR_INVALID_WINDOW_HANDLE);
     EXPECT_EQ(SendMessageW(edit, WM_USER, 0, 0), 0);
-}
-
-TEST_F(Windows, FindWindowMatchesTopLevelWindowsByClassOrTitle) {
-    HWND main = Make(L"Main");
-    HWND keyboard = CreateWindowExW(0, L"Keybord Window", L"SIP", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
-    Make(L"Hidden child", WS_CHILD, main, 3);
-    EXPECT_EQ(FindWindowW(L"keybord window", nullptr), keyboard);
-    EXPECT_EQ(FindWindowW(nullptr, L"main"), main);
-    EXPECT_EQ(FindWindowW(L"Recording", L"Main"), main);
-    EXPECT_EQ(FindWindowW(L"Keybord Window", L"Main"), nullptr);
-    EXPECT_EQ(FindWindowW(nullptr, L"Hidden child"), nullptr);
-    EXPECT_EQ(SendMessageW(FindWindowW(L"Keybord Window", nullptr), WM_COMMAND, 7, 0), 1);
-    wchar_t name[32];
-    EXPECT_EQ(GetClassNameW(keyboard, name, 32), 14);
-    EXPECT_STREQ(name, L"Keybord Window");
 }
 
 TEST_F(Windows, StateAndGeometryFollowTheirSetters) {
@@ -247,7 +260,7 @@ TEST_F(Windows, ThreadMessagesQuitAndFiltersFollowTheQueueRules) {
 TEST_F(Windows, BroadcastReachesEveryTopLevelWindowAndNoChild) {
     HWND a = Make(L"A");
     HWND b = Make(L"B", 0);  // hidden windows get it too
-    HWND child = Make(L"Child", WS_CHILD, a, 1);
+    Make(L"Child", WS_CHILD, a, 1);
     ASSERT_TRUE(PostMessageW(HWND_BROADCAST, WM_CANCELMODE, 0, 0));
     std::vector<HWND> got;
     for (const MSG& m : Drain()) {
@@ -255,7 +268,6 @@ TEST_F(Windows, BroadcastReachesEveryTopLevelWindowAndNoChild) {
         got.push_back(m.hwnd);
     }
     EXPECT_EQ(got, (std::vector<HWND>{a, b}));
-    (void)child;
 }
 
 namespace {
@@ -309,11 +321,7 @@ LRESULT CALLBACK KeyboardProc(HWND h, UINT m, WPARAM w, LPARAM l) {
 }
 
 DWORD WINAPI RunKeyboard(LPVOID) {
-    WNDCLASSW c{};
-    c.lpfnWndProc = KeyboardProc;
-    c.lpszClassName = L"Thread keyboard";
-    RegisterClassW(&c);
-    keyboard->window = CreateWindowExW(0, L"Thread keyboard", L"", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
+    keyboard->window = MakeOwnWindow(L"Thread keyboard", KeyboardProc);
     SetEvent(keyboard->ready);
     MSG m;
     while (GetMessageW(&m, nullptr, 0, 0) > 0) DispatchMessageW(&m);
@@ -354,11 +362,14 @@ struct LateReader {
     std::atomic<int> sending{0};
     std::atomic<int> sendsRun{0};
     std::atomic<int> valueSeen{0};
+    HANDLE reader = nullptr, sender = nullptr;
+    LateReader();
     ~LateReader() {
-        for (HANDLE h : {created, read, entered, finish}) CloseHandle(h);
+        for (HANDLE h : {created, read, entered, finish, reader, sender}) CloseHandle(h);
     }
 };
 LateReader* lateReader = nullptr;
+LateReader::LateReader() { lateReader = this; }
 constexpr UINT WM_READ_SENDER = WM_USER + 5;
 
 LRESULT CALLBACK LateProc(HWND h, UINT m, WPARAM w, LPARAM l) {
@@ -374,11 +385,7 @@ LRESULT CALLBACK LateProc(HWND h, UINT m, WPARAM w, LPARAM l) {
 }
 
 DWORD WINAPI RunLateReader(LPVOID) {
-    WNDCLASSW c{};
-    c.lpfnWndProc = LateProc;
-    c.lpszClassName = L"Late reader";
-    RegisterClassW(&c);
-    lateReader->window = CreateWindowExW(0, L"Late reader", L"", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
+    lateReader->window = MakeOwnWindow(L"Late reader", LateProc);
     SetEvent(lateReader->created);
     WaitForSingleObject(lateReader->read, INFINITE);
     if (lateReader->leaveUnread) return 0;
@@ -394,69 +401,53 @@ DWORD WINAPI SendFromTheStack(LPVOID) {
 }
 
 // Starts the reader, then a sender that is (most likely) waiting in its send on return.
-std::pair<HANDLE, HANDLE> StartReaderAndSender() {
-    HANDLE reader = CreateThread(nullptr, 0, RunLateReader, nullptr, 0, nullptr);
+void StartReaderAndSender() {
+    lateReader->reader = CreateThread(nullptr, 0, RunLateReader, nullptr, 0, nullptr);
     EXPECT_EQ(WaitForSingleObject(lateReader->created, 10000), WAIT_OBJECT_0);
-    HANDLE sender = CreateThread(nullptr, 0, SendFromTheStack, nullptr, 0, nullptr);
+    lateReader->sender = CreateThread(nullptr, 0, SendFromTheStack, nullptr, 0, nullptr);
     while (lateReader->sending == 0) Sleep(1);
     Sleep(20);
-    return {reader, sender};
-}
-
-DWORD ExitCode(HANDLE thread) {
-    DWORD code = 0;
-    GetExitCodeThread(thread, &code);
-    return code;
 }
 }  // namespace
 
 TEST_F(Windows, SendOfATerminatedSenderIsWithdrawnBeforeTheOwnerSeesIt) {
     LateReader r;
-    lateReader = &r;
-    auto [reader, sender] = StartReaderAndSender();
-    TerminateThread(sender, 8);
-    ASSERT_EQ(WaitForSingleObject(sender, 10000), WAIT_OBJECT_0);
-    EXPECT_EQ(ExitCode(sender), 8u);
+    StartReaderAndSender();
+    TerminateThread(r.sender, 8);
+    ASSERT_EQ(WaitForSingleObject(r.sender, 10000), WAIT_OBJECT_0);
+    EXPECT_EQ(ExitCode(r.sender), 8u);
     SetEvent(r.finish);
     SetEvent(r.read);
     PostMessageW(r.window, WM_CLOSE, 0, 0);
-    ASSERT_EQ(WaitForSingleObject(reader, 10000), WAIT_OBJECT_0);
+    ASSERT_EQ(WaitForSingleObject(r.reader, 10000), WAIT_OBJECT_0);
     EXPECT_EQ(r.sendsRun.load(), 0);
-    CloseHandle(reader);
-    CloseHandle(sender);
 }
 
 TEST_F(Windows, TerminatedSenderStaysUntilTheOwnerHasFinishedWithItsMessage) {
     LateReader r;
-    lateReader = &r;
     SetEvent(r.read);
-    auto [reader, sender] = StartReaderAndSender();
+    StartReaderAndSender();
     ASSERT_EQ(WaitForSingleObject(r.entered, 10000), WAIT_OBJECT_0);
-    TerminateThread(sender, 9);
-    EXPECT_EQ(WaitForSingleObject(sender, 50), WAIT_TIMEOUT);  // its stack is still in use
+    TerminateThread(r.sender, 9);
+    EXPECT_EQ(WaitForSingleObject(r.sender, 50), WAIT_TIMEOUT);  // its stack is still in use
     SetEvent(r.finish);
-    ASSERT_EQ(WaitForSingleObject(sender, 10000), WAIT_OBJECT_0);
-    EXPECT_EQ(ExitCode(sender), 9u);
+    ASSERT_EQ(WaitForSingleObject(r.sender, 10000), WAIT_OBJECT_0);
+    EXPECT_EQ(ExitCode(r.sender), 9u);
     EXPECT_EQ(r.valueSeen.load(), 42);
     PostMessageW(r.window, WM_CLOSE, 0, 0);
-    ASSERT_EQ(WaitForSingleObject(reader, 10000), WAIT_OBJECT_0);
-    CloseHandle(reader);
-    CloseHandle(sender);
+    ASSERT_EQ(WaitForSingleObject(r.reader, 10000), WAIT_OBJECT_0);
 }
 
 TEST_F(Windows, SendToAThreadThatEndsWithoutReadingReturnsZero) {
     LateReader r;
-    lateReader = &r;
     r.leaveUnread = true;
-    auto [reader, sender] = StartReaderAndSender();
+    StartReaderAndSender();
     SetEvent(r.read);
-    ASSERT_EQ(WaitForSingleObject(reader, 10000), WAIT_OBJECT_0);
-    ASSERT_EQ(WaitForSingleObject(sender, 10000), WAIT_OBJECT_0);
-    EXPECT_EQ(ExitCode(sender), 0u);
+    ASSERT_EQ(WaitForSingleObject(r.reader, 10000), WAIT_OBJECT_0);
+    ASSERT_EQ(WaitForSingleObject(r.sender, 10000), WAIT_OBJECT_0);
+    EXPECT_EQ(ExitCode(r.sender), 0u);
     EXPECT_EQ(r.sendsRun.load(), 0);
     EXPECT_FALSE(IsWindow(r.window));
-    CloseHandle(reader);
-    CloseHandle(sender);
 }
 
 namespace {
@@ -479,12 +470,7 @@ LRESULT CALLBACK SlowToDestroy(HWND h, UINT m, WPARAM w, LPARAM l) {
 }
 
 DWORD WINAPI MakeWindowsAndSleep(LPVOID) {
-    WNDCLASSW c{};
-    c.lpfnWndProc = SlowToDestroy;
-    c.lpszClassName = L"Slow to destroy";
-    RegisterClassW(&c);
-    for (HWND& h : slowEnd->windows)
-        h = CreateWindowExW(0, L"Slow to destroy", L"", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
+    for (HWND& h : slowEnd->windows) h = MakeOwnWindow(L"Slow to destroy", SlowToDestroy);
     SetEvent(slowEnd->ready);
     Sleep(INFINITE);
     return 0;
