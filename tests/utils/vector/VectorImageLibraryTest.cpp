@@ -12,27 +12,16 @@
 
 namespace {
 
-std::shared_ptr<VectorBlob> twoPoints() {
-    VectorImageProducer producer;
-    const int dot = producer.addPointStyle(RGB(9, 8, 7));
-    producer.addPoint({1, 2, 3}, dot);
-    producer.addPoint({4, 5, 6}, dot);
-    return producer.build();
-}
-
-std::shared_ptr<VectorBlob> fiftyPoints(COLORREF colour) {
+std::shared_ptr<VectorBlob> points(int count, COLORREF colour) {
     VectorImageProducer producer;
     const int dot = producer.addPointStyle(colour);
-    for (int i = 0; i < 50; ++i) producer.addPoint({i * 1.0, 0, 0}, dot);
+    for (int i = 0; i < count; ++i) producer.addPoint({i * 1.0, 2, i * 3.0}, dot);
     return producer.build();
 }
 
 int filesIn(const kiv_test::TempDeviceRoot& root, const wchar_t* folder) {
     int files = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(root.HostPath(folder))) {
-        (void)entry;
-        ++files;
-    }
+    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(root.HostPath(folder))) ++files;
     return files;
 }
 
@@ -49,26 +38,31 @@ TEST(VectorImageLibraryFolder, DropsOneTrailingBackslashAndCreatesTheFolder) {
 }
 
 TEST(VectorImageLibraryPaths, SplitAtTheLastBackslash) {
-    EXPECT_EQ(VectorImageLibrary::getImageNameFromFilePath(L"\\Maps\\site.vec"), L"site.vec");
-    EXPECT_EQ(VectorImageLibrary::getImageNameFromFilePath(L"site.vec"), L"site.vec");
-    EXPECT_EQ(VectorImageLibrary::getImageNameFromFilePath(L"\\Maps\\"), L"\\Maps\\");
-    EXPECT_EQ(VectorImageLibrary::getLibraryPathFromFilePath(L"\\Maps\\Old\\site.vec"), L"\\Maps\\Old");
-    EXPECT_EQ(VectorImageLibrary::getLibraryPathFromFilePath(L"site.vec"), L"site.vec");
-    EXPECT_EQ(VectorImageLibrary::getLibraryPathFromFilePath(L"\\Maps\\"), L"\\Maps\\");
-    EXPECT_EQ(VectorImageLibrary::getLibraryPathFromFilePath(L"\\site.vec"), L"");
+    const struct {
+        const wchar_t *path, *name, *library;
+    } cases[] = {
+        {L"\\Maps\\Old\\site.vec", L"site.vec", L"\\Maps\\Old"},
+        {L"site.vec", L"site.vec", L"site.vec"},
+        {L"\\Maps\\", L"\\Maps\\", L"\\Maps\\"},
+        {L"\\site.vec", L"site.vec", L""},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(VectorImageLibrary::getImageNameFromFilePath(c.path), c.name);
+        EXPECT_EQ(VectorImageLibrary::getLibraryPathFromFilePath(c.path), c.library);
+    }
 }
 
 TEST(VectorImageLibraryImages, SavedImageLoadsBackAndEachLoadIsIndependent) {
     kiv_test::TempDeviceRoot root;
     VectorImageLibrary library(L"\\Maps");
-    ASSERT_TRUE(library.saveImage(L"site.vec", twoPoints()));
+    ASSERT_TRUE(library.saveImage(L"site.vec", points(2, RGB(9, 8, 7))));
     auto first = library.getImage(L"site.vec");
     auto second = library.getImage(L"site.vec");
     ASSERT_NE(first, nullptr);
     ASSERT_NE(second, nullptr);
     EXPECT_NE(first->getPointsList(), second->getPointsList());
     ASSERT_EQ(first->getPointCount(), 2u);
-    EXPECT_EQ(first->getPointsList()->getPosition(1).z, 6.0);
+    EXPECT_EQ(first->getPointsList()->getPosition(1).z, 3.0);
     TPointStyle style;
     ASSERT_TRUE(second->getPointStyle(0, style));
     EXPECT_EQ(style.colour, RGB(9, 8, 7));
@@ -96,10 +90,10 @@ TEST(VectorImageLibraryImages, AbsentOrMalformedFilesGiveNoImage) {
 TEST(VectorImageLibraryImages, ReadOnlyTargetRefusesAndLeavesTheImageFitToSaveAgain) {
     kiv_test::TempDeviceRoot root;
     VectorImageLibrary library(L"\\Maps");
-    ASSERT_TRUE(library.saveImage(L"site.vec", twoPoints()));
+    ASSERT_TRUE(library.saveImage(L"site.vec", points(2, RGB(9, 8, 7))));
     const std::string before = kiv_test::ReadFileBytes(root.HostPath(L"\\Maps\\site.vec"));
 
-    auto image = fiftyPoints(RGB(200, 100, 50));
+    auto image = points(50, RGB(200, 100, 50));
     ASSERT_TRUE(SetFileAttributesW(L"\\Maps\\site.vec", FILE_ATTRIBUTE_READONLY));
     EXPECT_FALSE(library.saveImage(L"site.vec", image));
     EXPECT_EQ(kiv_test::ReadFileBytes(root.HostPath(L"\\Maps\\site.vec")), before);
@@ -121,13 +115,13 @@ TEST(VectorImageLibraryImages, ReadOnlyTargetRefusesAndLeavesTheImageFitToSaveAg
 TEST(VectorImageLibraryImages, TargetsThatCannotBeCreatedRefuseBeforeTheImageIsWritten) {
     kiv_test::TempDeviceRoot root;
     VectorImageLibrary library(L"\\Maps");
-    auto image = fiftyPoints(RGB(1, 2, 3));
+    auto image = points(50, RGB(1, 2, 3));
     ASSERT_TRUE(CreateDirectoryW(L"\\Maps\\folder.vec", nullptr));
     EXPECT_FALSE(library.saveImage(L"folder.vec", image));
     EXPECT_FALSE(library.saveImage(L"no such folder\\site.vec", image));
 
     // A reader that denies writing holds the file: creating it would fail, so does saving.
-    ASSERT_TRUE(library.saveImage(L"held.vec", twoPoints()));
+    ASSERT_TRUE(library.saveImage(L"held.vec", points(2, RGB(9, 8, 7))));
     HANDLE reader = CreateFileW(L"\\Maps\\held.vec", GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                                 FILE_ATTRIBUTE_NORMAL, nullptr);
     ASSERT_NE(reader, INVALID_HANDLE_VALUE);
@@ -146,7 +140,7 @@ TEST(VectorImageLibraryImages, TargetsThatCannotBeCreatedRefuseBeforeTheImageIsW
 TEST(VectorImageLibraryImages, ANewFileThatCannotBePutInPlaceLeavesTheOldOneWhole) {
     kiv_test::TempDeviceRoot root;
     VectorImageLibrary library(L"\\Maps");
-    ASSERT_TRUE(library.saveImage(L"site.vec", twoPoints()));
+    ASSERT_TRUE(library.saveImage(L"site.vec", points(2, RGB(9, 8, 7))));
     const std::string before = kiv_test::ReadFileBytes(root.HostPath(L"\\Maps\\site.vec"));
 
     // The reader lets others write but not rename over the file: the new file is
@@ -154,7 +148,7 @@ TEST(VectorImageLibraryImages, ANewFileThatCannotBePutInPlaceLeavesTheOldOneWhol
     HANDLE reader = CreateFileW(L"\\Maps\\site.vec", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                 OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     ASSERT_NE(reader, INVALID_HANDLE_VALUE);
-    EXPECT_FALSE(library.saveImage(L"site.vec", fiftyPoints(RGB(7, 7, 7))));
+    EXPECT_FALSE(library.saveImage(L"site.vec", points(50, RGB(7, 7, 7))));
     CloseHandle(reader);
     EXPECT_EQ(kiv_test::ReadFileBytes(root.HostPath(L"\\Maps\\site.vec")), before);
     EXPECT_EQ(filesIn(root, L"\\Maps"), 1);  // no temporary file left behind
