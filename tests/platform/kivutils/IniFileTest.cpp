@@ -15,8 +15,6 @@ namespace {
 using kiv_settings::CThreeTupleStore;
 using kiv_settings::ETextEncoding;
 
-// ---- the store ---------------------------------------------------------------------------------
-
 TEST(ThreeTupleStore, FindsSectionsAndKeysWhateverTheirCase) {
     CThreeTupleStore store;
     store.SetValue(L"LAST_SELECTED_FILE_PATH", L"Image", L"\\Storage Card\\Pics");
@@ -57,8 +55,6 @@ TEST(ThreeTupleStore, KeepsInsertionOrderThroughRemovals) {
     EXPECT_EQ(store.GetKeyName(0, -1), L"");
 }
 
-// ---- reading -----------------------------------------------------------------------------------------
-
 CThreeTupleStore Parse(const std::string& bytes, ETextEncoding* found = nullptr) {
     CThreeTupleStore store;
     ETextEncoding encoding;
@@ -67,7 +63,7 @@ CThreeTupleStore Parse(const std::string& bytes, ETextEncoding* found = nullptr)
     return store;
 }
 
-TEST(IniReading, IgnoresCommentsAndKeepsValuesExactlyButForTheBlanksAroundEquals) {
+TEST(IniReading, KeepsValuesExactlyAndRecordsOutsideSectionsAndMergesSections) {
     const auto store = Parse(
         "; comment\r\n# another\r\n[Settings]\r\n  EuStyle  =  1\r\nName=a = b ; not a comment  \r\n"
         "  ; indented comment\r\nEmpty=\r\n");
@@ -75,20 +71,14 @@ TEST(IniReading, IgnoresCommentsAndKeepsValuesExactlyButForTheBlanksAroundEquals
     EXPECT_EQ(store.GetValue(L"Settings", L"Name"), L"a = b ; not a comment  ");
     EXPECT_TRUE(store.HasValue(L"Settings", L"Empty"));
     EXPECT_EQ(store.GetKeyCount(0), 3);
-}
-
-TEST(IniReading, TakesTheFirstOfDuplicateKeysAndMergesSectionsByName) {
-    const auto store = Parse("[A]\nk=1\nk=2\n[B]\nj=3\n[a]\nK=4\nm=5\n");
-    EXPECT_EQ(store.GetValue(L"A", L"k"), L"1");
-    EXPECT_EQ(store.GetValue(L"A", L"m"), L"5");
-    EXPECT_EQ(store.GetSectionCount(), 2);
-}
-
-TEST(IniReading, KeepsRecordsBeforeTheFirstSectionAndEmptySections) {
-    const auto store = Parse("top=1\n[ Empty ]\n[Full]\nx=2\nnot a record\n=no key\n");
-    EXPECT_EQ(store.GetValue(L"", L"top"), L"1");
-    EXPECT_TRUE(store.HasSection(L"Empty"));
-    EXPECT_EQ(store.GetKeyCount(2), 1);
+    const auto merged = Parse("[A]\nk=1\nk=2\n[B]\nj=3\n[a]\nK=4\nm=5\n");
+    EXPECT_EQ(merged.GetValue(L"A", L"k"), L"1");  // the first of duplicate keys
+    EXPECT_EQ(merged.GetValue(L"A", L"m"), L"5");
+    EXPECT_EQ(merged.GetSectionCount(), 2);
+    const auto loose = Parse("top=1\n[ Empty ]\n[Full]\nx=2\nnot a record\n=no key\n");
+    EXPECT_EQ(loose.GetValue(L"", L"top"), L"1");
+    EXPECT_TRUE(loose.HasSection(L"Empty"));
+    EXPECT_EQ(loose.GetKeyCount(2), 1);
 }
 
 TEST(IniReading, ReportsTheEncodingItFound) {
@@ -154,8 +144,6 @@ TEST_F(IniFiles, AMissingFileGivesAnEmptyStoreAndTheDefaultEncoding) {
     EXPECT_TRUE(store.IsEmpty());
     EXPECT_EQ(encoding, kiv_settings::eEncodingUtf16LE);
 }
-
-// ---- writing ---------------------------------------------------------------------------------------------
 
 CThreeTupleStore SampleStore() {
     CThreeTupleStore store;
@@ -269,8 +257,6 @@ TEST_F(IniFiles, WhateverWasReadCanBeSavedAgain) {
     EXPECT_EQ(back.GetValue(L"Columns", L"Name"), L"\u041F\u0440\u043E caf\u00E9");
     EXPECT_EQ(back.GetKeyCount(0), 4);
 }
-
-// ---- an independent reader ----------------------------------------------------------------------------------
 
 std::string RunPython(const std::string& script, const std::string& file) {
     const std::string command = "python3 -c '" + script + "' '" + file + "' 2>&1";

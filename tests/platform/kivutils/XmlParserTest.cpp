@@ -37,8 +37,6 @@ std::vector<std::wstring> Tags(const std::vector<Token>& tokens) {
     return tags;
 }
 
-// ---- forming -------------------------------------------------------------------------------------
-
 TEST(XmlForming, TagTypesGiveOneElementALine) {
     using B = CXmlParserBase;
     EXPECT_EQ(B::OpenTag(L"kiv_config", 2), L"<kiv_config>\r\n");
@@ -63,8 +61,6 @@ TEST(XmlForming, AnyAttributeValueRoundTrips) {
         EXPECT_EQ(attributes.FindOneOf(L"\r\n<>"), -1);
     }
 }
-
-// ---- reading attributes ----------------------------------------------------------------------------
 
 TEST(XmlAttributes, ReadsQuotedUnquotedAndSpacedFormsAndStopsAtMalformedText) {
     const wchar_t* text = L"a='1' b = \"2\" c=3 Name=\"x\"";
@@ -93,8 +89,6 @@ TEST(XmlAttributes, ReadALongRunOfAmpersandsInLinearTime) {
     EXPECT_EQ(value.view().substr(run.size()), L"<A");
     EXPECT_EQ(value.view().find_first_not_of(L'&'), run.size());
 }
-
-// ---- tokens -------------------------------------------------------------------------------------------
 
 TEST(XmlTokens, GiveNamesAttributeTextContentAndEndTags) {
     const auto tokens = Tokens(L"<?xml version=\"1.0\"?>\r\n<kiv_config>\r\n<group name=\"Stake\">\r\n"
@@ -129,8 +123,6 @@ TEST(XmlTokens, StopCleanlyOnGarbage) {
     EXPECT_EQ(Tags(Tokens(L"<a x=\"1\">text")), std::vector<std::wstring>{L"a"});
     EXPECT_EQ(Tokens(L"<a x=\"1\">text")[0].content, L"text");
 }
-
-// ---- files ----------------------------------------------------------------------------------------------
 
 class XmlFiles : public ::testing::Test {
 protected:
@@ -222,8 +214,6 @@ TEST(XmlWriteString, WritesUtf8AndRefusesANullStream) {
     std::fclose(f);
     EXPECT_EQ(std::string(buffer), "\xC3\xA9\xE2\x82\xAC");
 }
-
-// ---- bracketed values ---------------------------------------------------------------------------------------
 
 TEST(XmlBrackets, SplitsBracketedListsAndAcceptsEveryOtherContent) {
     CKivArray<CKivStringT> list;
