@@ -206,15 +206,6 @@ TEST_F(XmlFiles, EveryTruncationGivesAPrefixOfTheTokens) {
     }
 }
 
-TEST(XmlWriteString, WritesUtf8AndRefusesANullStream) {
-    EXPECT_FALSE(kiv_formats::WriteString(nullptr, L"x"));
-    char buffer[16] = {};
-    FILE* f = ::fmemopen(buffer, sizeof buffer, "wb");
-    ASSERT_TRUE(kiv_formats::WriteString(f, L"\u00E9\u20AC"));
-    std::fclose(f);
-    EXPECT_EQ(std::string(buffer), "\xC3\xA9\xE2\x82\xAC");
-}
-
 TEST(XmlBrackets, SplitsBracketedListsAndAcceptsEveryOtherContent) {
     CKivArray<CKivStringT> list;
     CKivStringT content(L" [1;2; 3] ");
