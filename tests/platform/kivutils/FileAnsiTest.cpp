@@ -45,13 +45,18 @@ TEST_F(FileAnsi, ReadsEveryEncodingAndSkipsBlankLines) {
     for (const auto& c : cases) EXPECT_EQ(NonBlankLines(c.bytes), c.lines) << c.bytes;
 }
 
-TEST_F(FileAnsi, ReadNextLineReturnsEmptyLinesToo) {
+TEST_F(FileAnsi, ReadNextLineReturnsEmptyLinesAndMissingFilesFailCleanly) {
     kiv_test::WriteFileBytes(root.path() + "/f.txt", "a\r\n\r\nb\r\n");
     CFileAnsi file(L"\\F.TXT");
     CKivStringT line;
     Lines lines;
     while (file.ReadNextWCLine(line)) lines.push_back(line.str());
     EXPECT_EQ(lines, (Lines{L"a", L"", L"b"}));
+    CFileAnsi none;
+    EXPECT_EQ(none.ReadNextNonBlankWCLine(line), -1);
+    EXPECT_FALSE(none.Open(L"\\none.txt"));
+    EXPECT_FALSE(none.IsOpen());
+    EXPECT_FALSE(none.ReadNextWCLine(line));
 }
 
 TEST_F(FileAnsi, LinesCrossingTheReadChunksComeOutWhole) {
@@ -78,15 +83,6 @@ TEST_F(FileAnsi, AnOverlongLineComesInPiecesWithoutLosingACharacter) {
         joined += piece;
     }
     EXPECT_EQ(joined, text);
-}
-
-TEST_F(FileAnsi, MissingFilesAndClosedReadersFailCleanly) {
-    CFileAnsi file;
-    CKivStringT line;
-    EXPECT_EQ(file.ReadNextNonBlankWCLine(line), -1);
-    EXPECT_FALSE(file.Open(L"\\none.txt"));
-    EXPECT_FALSE(file.IsOpen());
-    EXPECT_FALSE(file.ReadNextWCLine(line));
 }
 
 }  // namespace
