@@ -1,5 +1,4 @@
-// CFileAnsi on real files: the encodings and line ends met in the field, blank lines,
-// lines that cross the reader's chunks, and files without a final line end.
+// CFileAnsi on real files: the encodings and line ends met in the field.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -11,13 +10,15 @@
 
 namespace {
 
+using Lines = std::vector<std::wstring>;
+
 class FileAnsi : public ::testing::Test {
 protected:
-    std::vector<std::wstring> NonBlankLines(const std::string& bytes) {
+    Lines NonBlankLines(const std::string& bytes) {
         kiv_test::WriteFileBytes(root.path() + "/f.txt", bytes);
         CFileAnsi file;
         EXPECT_TRUE(file.Open(L"\\f.txt"));
-        std::vector<std::wstring> lines;
+        Lines lines;
         CKivStringT line;
         int n;
         while ((n = file.ReadNextNonBlankWCLine(line)) > 0) {
@@ -30,33 +31,32 @@ protected:
     kiv_test::TempDeviceRoot root;
 };
 
-using Lines = std::vector<std::wstring>;
-
-TEST_F(FileAnsi, ReadsAnsiAsLatin1) {
-    EXPECT_EQ(NonBlankLines("Name: K\xF6ln\r\nCountry: Espa\xF1" "a\r\n"), (Lines{L"Name: K\u00F6ln", L"Country: Espa\u00F1a"}));
+TEST_F(FileAnsi, ReadsEveryEncodingAndSkipsBlankLines) {
+    const struct { std::string bytes; Lines lines; } cases[] = {
+        {"Name: K\xF6ln\r\nCountry: Espa\xF1" "a\r\n", {L"Name: K\u00F6ln", L"Country: Espa\u00F1a"}},  // ANSI as Latin-1
+        {"K\xC3\xB6ln\n\xE2\x82\xAC", {L"K\u00F6ln", L"\u20AC"}},
+        {"\xEF\xBB\xBFK\xC3\xB6ln\r\n", {L"K\u00F6ln"}},
+        {"\xFF\xFE" + kiv_text::ToUtf16Le(L"<BR><B>Ri\u00E9ga</B>\r\n\r\nStatus: \U0001F4E1 ok\r\n"),
+         {L"<BR><B>Ri\u00E9ga</B>", L"Status: \U0001F4E1 ok"}},
+        {"\n  \t\r\n  a  \r\n\r\n\nb", {L"  a  ", L"b"}},
+        // A truncated UTF-16 file keeps its whole characters.
+        {"\xFF\xFE" + kiv_text::ToUtf16Le(L"ab") + "c", {L"ab"}},
+        {"\xFF\xFE", {}}};
+    for (const auto& c : cases) EXPECT_EQ(NonBlankLines(c.bytes), c.lines) << c.bytes;
 }
 
-TEST_F(FileAnsi, ReadsUtf8WithAndWithoutMark) {
-    EXPECT_EQ(NonBlankLines("K\xC3\xB6ln\n\xE2\x82\xAC"), (Lines{L"K\u00F6ln", L"\u20AC"}));
-    EXPECT_EQ(NonBlankLines("\xEF\xBB\xBFK\xC3\xB6ln\r\n"), (Lines{L"K\u00F6ln"}));
-}
-
-TEST_F(FileAnsi, ReadsUtf16LeWithMark) {
-    const std::string bytes = "\xFF\xFE" + kiv_text::ToUtf16Le(L"<BR><B>Ri\u00E9ga</B>\r\n\r\nStatus: \U0001F4E1 ok\r\n");
-    EXPECT_EQ(NonBlankLines(bytes), (Lines{L"<BR><B>Ri\u00E9ga</B>", L"Status: \U0001F4E1 ok"}));
-}
-
-TEST_F(FileAnsi, SkipsBlankLinesAndKeepsTheOthersAsTheyStand) {
-    EXPECT_EQ(NonBlankLines("\n  \t\r\n  a  \r\n\r\n\nb"), (Lines{L"  a  ", L"b"}));
-}
-
-TEST_F(FileAnsi, ReadNextLineReturnsEmptyLinesToo) {
+TEST_F(FileAnsi, ReadNextLineReturnsEmptyLinesAndMissingFilesFailCleanly) {
     kiv_test::WriteFileBytes(root.path() + "/f.txt", "a\r\n\r\nb\r\n");
     CFileAnsi file(L"\\F.TXT");
     CKivStringT line;
-    std::vector<std::wstring> lines;
+    Lines lines;
     while (file.ReadNextWCLine(line)) lines.push_back(line.str());
     EXPECT_EQ(lines, (Lines{L"a", L"", L"b"}));
+    CFileAnsi none;
+    EXPECT_EQ(none.ReadNextNonBlankWCLine(line), -1);
+    EXPECT_FALSE(none.Open(L"\\none.txt"));
+    EXPECT_FALSE(none.IsOpen());
+    EXPECT_FALSE(none.ReadNextWCLine(line));
 }
 
 TEST_F(FileAnsi, LinesCrossingTheReadChunksComeOutWhole) {
@@ -83,20 +83,6 @@ TEST_F(FileAnsi, AnOverlongLineComesInPiecesWithoutLosingACharacter) {
         joined += piece;
     }
     EXPECT_EQ(joined, text);
-}
-
-TEST_F(FileAnsi, MissingFilesAndClosedReadersFailCleanly) {
-    CFileAnsi file;
-    CKivStringT line;
-    EXPECT_EQ(file.ReadNextNonBlankWCLine(line), -1);
-    EXPECT_FALSE(file.Open(L"\\none.txt"));
-    EXPECT_FALSE(file.IsOpen());
-    EXPECT_FALSE(file.ReadNextWCLine(line));
-}
-
-TEST_F(FileAnsi, ATruncatedUtf16FileKeepsItsWholeCharacters) {
-    EXPECT_EQ(NonBlankLines("\xFF\xFE" + kiv_text::ToUtf16Le(L"ab") + "c"), (Lines{L"ab"}));
-    EXPECT_EQ(NonBlankLines("\xFF\xFE"), Lines{});
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
-// The XML helpers: tags and attributes as writers form them, a settings-shaped file
-// written through WriteString and read back token for token (and checked by xmllint),
-// the tokenizer's leniency, and clean stops on truncated or garbage input.
+// The XML helpers: forming, attributes, the lenient tokenizer and files written and read back.
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -38,17 +37,11 @@ std::vector<std::wstring> Tags(const std::vector<Token>& tokens) {
     return tags;
 }
 
-// ---- forming -------------------------------------------------------------------------------------
-
-TEST(XmlForming, TagTypesGiveOneElementALine) {
+// The forms the settings file uses are checked through the file below.
+TEST(XmlForming, TagTypesOutsideTheSettingsFile) {
     using B = CXmlParserBase;
-    EXPECT_EQ(B::OpenTag(L"kiv_config", 2), L"<kiv_config>\r\n");
-    EXPECT_EQ(B::CloseTag(L"kiv_config", 2), L"</kiv_config>\r\n");
-    EXPECT_EQ(B::OpenTag(L"value", B::TagTypeFlag(2)), L"<value");
-    EXPECT_EQ(B::CloseTag(L"value", B::TagTypeFlag(3)), L"</value>\r\n");
     EXPECT_EQ(B::OpenTag(L"a", B::TagTypeFlag(0)), L"<a>");
     EXPECT_EQ(B::TagTypeFlag(99), 0);
-    EXPECT_EQ(L"<?xml" + B::FormAttrib(L"version", L"1.0", false) + L"?>", L"<?xml version=\"1.0\"?>");
     EXPECT_EQ(B::FormAttrib(L"n", L"v", true), L" n=\"v\">");
 }
 
@@ -65,15 +58,14 @@ TEST(XmlForming, AnyAttributeValueRoundTrips) {
     }
 }
 
-// ---- reading attributes ----------------------------------------------------------------------------
-
-TEST(XmlAttributes, ReadsQuotedUnquotedAndSpacedForms) {
+TEST(XmlAttributes, ReadsQuotedUnquotedAndSpacedFormsAndStopsAtMalformedText) {
     const wchar_t* text = L"a='1' b = \"2\" c=3 Name=\"x\"";
-    EXPECT_EQ(CXmlParser::ReadAttrib(text, L"a"), L"1");
-    EXPECT_EQ(CXmlParser::ReadAttrib(text, L"b"), L"2");
-    EXPECT_EQ(CXmlParser::ReadAttrib(text, L"c"), L"3");
-    EXPECT_EQ(CXmlParser::ReadAttrib(text, L"name"), L"");  // names are case-sensitive
-    EXPECT_EQ(CXmlParser::ReadAttrib(text, L"d"), L"");
+    const struct { const wchar_t *attributes, *name, *value; } cases[] = {
+        {text, L"a", L"1"}, {text, L"b", L"2"}, {text, L"c", L"3"},
+        {text, L"name", L""},  // names are case-sensitive
+        {text, L"d", L""}, {L"a=\"unterminated b=\"2\"", L"b", L""}, {L"novalue b=\"2\"", L"b", L""},
+        {nullptr, L"b", L""}};
+    for (const auto& c : cases) EXPECT_EQ(CXmlParser::ReadAttrib(c.attributes, c.name), c.value) << c.name;
 }
 
 TEST(XmlAttributes, ResolvesReferencesAndKeepsWhatIsNoReference) {
@@ -94,14 +86,6 @@ TEST(XmlAttributes, ReadALongRunOfAmpersandsInLinearTime) {
     EXPECT_EQ(value.view().find_first_not_of(L'&'), run.size());
 }
 
-TEST(XmlAttributes, StopsAtMalformedText) {
-    EXPECT_EQ(CXmlParser::ReadAttrib(L"a=\"unterminated b=\"2\"", L"b"), L"");
-    EXPECT_EQ(CXmlParser::ReadAttrib(L"novalue b=\"2\"", L"b"), L"");
-    EXPECT_EQ(CXmlParser::ReadAttrib(static_cast<const wchar_t*>(nullptr), L"b"), L"");
-}
-
-// ---- tokens -------------------------------------------------------------------------------------------
-
 TEST(XmlTokens, GiveNamesAttributeTextContentAndEndTags) {
     const auto tokens = Tokens(L"<?xml version=\"1.0\"?>\r\n<kiv_config>\r\n<group name=\"Stake\">\r\n"
                                L"<value name=\"Tolerance\" type=\"dbl\">0.050000</value>\r\n</group>\r\n</kiv_config>\r\n");
@@ -115,25 +99,17 @@ TEST(XmlTokens, GiveNamesAttributeTextContentAndEndTags) {
     EXPECT_EQ(tokens, expected);
 }
 
-TEST(XmlTokens, ReadContentAsItStands) {
+TEST(XmlTokens, ReadContentAsItStandsAndPassOverWhatIsNoElement) {
     const auto tokens = Tokens(L"<v>a &amp; b</v><v>x < y</v><v>a<b</v><v>p>q</v>");
     ASSERT_EQ(Tags(tokens), (std::vector<std::wstring>{L"v", L"/v", L"v", L"/v", L"v", L"/v", L"v", L"/v"}));
-    EXPECT_EQ(tokens[0].content, L"a &amp; b");
-    EXPECT_EQ(tokens[2].content, L"x < y");
-    EXPECT_EQ(tokens[4].content, L"a<b");
-    EXPECT_EQ(tokens[6].content, L"p>q");
-}
-
-TEST(XmlTokens, GiveASelfClosedTagItsEndTag) {
-    const auto tokens = Tokens(L"<g><value name=\"a/b\" /><e/></g>");
-    EXPECT_EQ(Tags(tokens), (std::vector<std::wstring>{L"g", L"value", L"/value", L"e", L"/e", L"/g"}));
-    EXPECT_EQ(tokens[1].attributes, L"name=\"a/b\"");
-}
-
-TEST(XmlTokens, PassOverCommentsDeclarationsAndInstructions) {
-    const auto tokens = Tokens(L"<!DOCTYPE x><!-- <hidden> --><?pi <no>?><![CDATA[<nor>]]><a>t<!-- c --></a >");
-    EXPECT_EQ(Tags(tokens), (std::vector<std::wstring>{L"a", L"/a"}));
-    EXPECT_EQ(tokens[0].content, L"t");
+    const wchar_t* contents[] = {L"a &amp; b", L"x < y", L"a<b", L"p>q"};
+    for (size_t i = 0; i < 4; ++i) EXPECT_EQ(tokens[2 * i].content, contents[i]);
+    const auto selfClosed = Tokens(L"<g><value name=\"a/b\" /><e/></g>");
+    EXPECT_EQ(Tags(selfClosed), (std::vector<std::wstring>{L"g", L"value", L"/value", L"e", L"/e", L"/g"}));
+    EXPECT_EQ(selfClosed[1].attributes, L"name=\"a/b\"");
+    const auto skipped = Tokens(L"<!DOCTYPE x><!-- <hidden> --><?pi <no>?><![CDATA[<nor>]]><a>t<!-- c --></a >");
+    EXPECT_EQ(Tags(skipped), (std::vector<std::wstring>{L"a", L"/a"}));
+    EXPECT_EQ(skipped[0].content, L"t");
 }
 
 TEST(XmlTokens, StopCleanlyOnGarbage) {
@@ -144,10 +120,17 @@ TEST(XmlTokens, StopCleanlyOnGarbage) {
     EXPECT_EQ(Tokens(L"<a x=\"1\">text")[0].content, L"text");
 }
 
-// ---- files ----------------------------------------------------------------------------------------------
-
 class XmlFiles : public ::testing::Test {
 protected:
+    static std::vector<Token> FileTokens(const wchar_t* path) {
+        CXmlParser* parser = nullptr;
+        EXPECT_EQ(CXmlParser::Initialize(path, parser), 0);
+        if (!parser) return {};
+        auto tokens = Tokens(*parser);
+        CXmlParser::Destroy(parser);
+        EXPECT_EQ(parser, nullptr);
+        return tokens;
+    }
     // A settings file as the settings storage writes it.
     void WriteSettingsFile(const wchar_t* path) {
         using B = CXmlParserBase;
@@ -175,21 +158,16 @@ TEST_F(XmlFiles, ReadsAFileWrittenByTheHelpersBackTokenForToken) {
     const std::string bytes = kiv_test::ReadFileBytes(root.path() + "/s.xml");
     EXPECT_EQ(bytes.substr(0, 23), "<?xml version=\"1.0\"?>\r\n");
     EXPECT_TRUE(kiv_text::IsValidUtf8(bytes));
-    CXmlParser* parser = nullptr;
-    ASSERT_EQ(CXmlParser::Initialize(L"\\S.XML", parser), 0);
-    const auto tokens = Tokens(*parser);
-    CXmlParser::Destroy(parser);
-    EXPECT_EQ(parser, nullptr);
+    const auto tokens = FileTokens(L"\\S.XML");
     ASSERT_EQ(tokens.size(), 14u);
     EXPECT_EQ(CXmlParser::ReadAttrib(tokens[1].attributes, L"name"), L"Stake & Out");
     EXPECT_EQ(CXmlParser::ReadAttrib(tokens[4].attributes, L"name"), L"Code \"A\"");
     EXPECT_EQ(tokens[4].content, L"\u00C5land [1;2]");
     EXPECT_EQ(CXmlParser::ReadAttrib(tokens[7].attributes, L"name"), L"Stra\u00DFe \u6E2C\u91CF");
     EXPECT_EQ(tokens[13].tag, L"/kiv_config");
-    // One element a line.
     size_t lines = 0;
     for (char c : bytes) lines += c == '\n';
-    EXPECT_EQ(lines, 11u);
+    EXPECT_EQ(lines, 11u);  // one element a line
 }
 
 TEST_F(XmlFiles, AnIndependentReaderFindsTheFileWellFormed) {
@@ -199,18 +177,12 @@ TEST_F(XmlFiles, AnIndependentReaderFindsTheFileWellFormed) {
     EXPECT_EQ(std::system(command.c_str()), 0);
 }
 
-TEST_F(XmlFiles, ReadsUtf16WithMark) {
+TEST_F(XmlFiles, ReadsUtf16WithMarkAndGivesNoParserForAMissingFile) {
     kiv_test::WriteFileBytes(root.path() + "/u.xml", "\xFF\xFE" + kiv_text::ToUtf16Le(L"<a n=\"\u00E9\">\u6E2C</a>"));
-    CXmlParser* parser = nullptr;
-    ASSERT_EQ(CXmlParser::Initialize(L"\\u.xml", parser), 0);
-    const auto tokens = Tokens(*parser);
-    delete parser;
+    const auto tokens = FileTokens(L"\\u.xml");
     ASSERT_EQ(tokens.size(), 2u);
     EXPECT_EQ(tokens[0].content, L"\u6E2C");
     EXPECT_EQ(CXmlParser::ReadAttrib(tokens[0].attributes, L"n"), L"\u00E9");
-}
-
-TEST_F(XmlFiles, AMissingFileGivesANonZeroResultAndNoParser) {
     CXmlParser* parser = reinterpret_cast<CXmlParser*>(1);
     EXPECT_EQ(CXmlParser::Initialize(L"\\none.xml", parser), static_cast<int>(ERROR_FILE_NOT_FOUND));
     EXPECT_EQ(parser, nullptr);
@@ -226,17 +198,6 @@ TEST_F(XmlFiles, EveryTruncationGivesAPrefixOfTheTokens) {
         EXPECT_TRUE(std::equal(some.begin(), some.end(), all.begin())) << cut;
     }
 }
-
-TEST(XmlWriteString, WritesUtf8AndRefusesANullStream) {
-    EXPECT_FALSE(kiv_formats::WriteString(nullptr, L"x"));
-    char buffer[16] = {};
-    FILE* f = ::fmemopen(buffer, sizeof buffer, "wb");
-    ASSERT_TRUE(kiv_formats::WriteString(f, L"\u00E9\u20AC"));
-    std::fclose(f);
-    EXPECT_EQ(std::string(buffer), "\xC3\xA9\xE2\x82\xAC");
-}
-
-// ---- bracketed values ---------------------------------------------------------------------------------------
 
 TEST(XmlBrackets, SplitsBracketedListsAndAcceptsEveryOtherContent) {
     CKivArray<CKivStringT> list;
