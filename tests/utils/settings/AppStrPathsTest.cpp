@@ -1,6 +1,3 @@
-// Application names and folders: composed paths over the base folders, the hidden
-// user-settings folder at the top of the data root's volume, the remembered folders in
-// "LastSelectedFilePaths.ini", and the file-kind tests.
 #include "utils/settings/AppStrPaths.h"
 
 #include <gtest/gtest.h>
@@ -28,16 +25,10 @@ protected:
 }  // namespace
 
 TEST_F(AppPathsTest, ComposedPathsStartFromTheirBaseFolder) {
-    EXPECT_EQ(GetLngFilePath(), L"\\Program Files\\Zeb\\Lng");
     EXPECT_EQ(GetPreDefinedAntennaFilePath(), L"\\Program Files\\Zeb\\antennas\\antenna_db.xml");
-    EXPECT_EQ(GetUserDefinedAntennaFilePath(), L"\\Storage Card\\Data\\antennas\\userdefined");
-    EXPECT_EQ(GetKivDataPath(), L"\\Program Files\\Zeb");
     EXPECT_EQ(GetStylesDBPathName(), L"\\Storage Card\\Data\\Styles.tsstyles");
-    EXPECT_EQ(GetSQLCEStylesDbPathName(), L"\\Storage Card\\Data\\Styles.tss");
-    EXPECT_EQ(GetIESettingsPath(), L"\\Storage Card\\Data\\FileSettings");
     EXPECT_EQ(GetDefaultJobDBPath(), L"\\My Documents\\Zeb\\Jobs\\Default.tsj");
     EXPECT_EQ(AppStrXForm::GetTsGeoFolder(), L"\\Program Files\\Zeb\\Geo\\");
-    EXPECT_EQ(AppStrXForm::GetTsAplFileName(), L"\\Storage Card\\Data\\Geo\\_apl2_.ini");
     CKivStringT first, second;
     GetLanguageFileNames(first, second);
     EXPECT_EQ(first, L"Zeb.lng");
@@ -50,7 +41,6 @@ TEST_F(AppPathsTest, UserSettingsFolderIsAHiddenSiblingOfTheDataRoot) {
     ASSERT_NE(attributes, INVALID_FILE_ATTRIBUTES);
     EXPECT_TRUE(attributes & FILE_ATTRIBUTE_DIRECTORY);
     EXPECT_TRUE(FileFuncs::IsDirExist(L"\\Storage Card\\Data"));
-    EXPECT_EQ(GetLastGeoidsPath(), L"\\Storage Card\\zeb_setup\\lastgeoids");
 }
 
 TEST_F(AppPathsTest, UserSettingsFolderOfATopLevelRootGoesBesideIt) {
@@ -58,14 +48,8 @@ TEST_F(AppPathsTest, UserSettingsFolderOfATopLevelRootGoesBesideIt) {
     EXPECT_EQ(GetUserSettingsPath(), L"\\Zeb\\zeb_setup");
 }
 
-TEST_F(AppPathsTest, RememberedFoldersFallBackToPredefinedOnes) {
+TEST_F(AppPathsTest, RememberedFoldersFallBackAndStoringOneCategoryKeepsTheOthers) {
     EXPECT_EQ(GetLastImageDataPath(), L"\\My Documents\\Zeb\\Images");
-    ASSERT_TRUE(StoreImageDataPath(L"\\Storage Card\\Pics\\a.jpg"));
-    EXPECT_EQ(GetLastImageDataPath(), L"\\Storage Card\\Pics");
-    EXPECT_EQ(GetLastIEFilePath(), L"\\My Documents\\Zeb\\IEFiles");
-}
-
-TEST_F(AppPathsTest, StoringOneCategoryKeepsTheOthers) {
     ASSERT_TRUE(StoreTN3FilePath(L"\\Storage Card\\Surfaces\\site.tn3"));
     ASSERT_TRUE(StoreCameraDataPath(L"\\Storage Card\\Cam\\c.cmr"));
     ASSERT_TRUE(StoreTN3FilePath(L"\\Storage Card\\Other\\b.tn3"));
@@ -81,12 +65,11 @@ TEST_F(AppPathsTest, StoringOneCategoryKeepsTheOthers) {
 }
 
 TEST_F(AppPathsTest, UnreadableRememberedFoldersFileIsLeftAlone) {
-    // Larger than the INI reader takes: the file exists but does not read.
     ASSERT_TRUE(StoreTN3FilePath(L"\\Storage Card\\Surfaces\\site.tn3"));
     const std::string host = root_.HostPath(L"\\Storage Card\\Data\\FileSettings\\LastSelectedFilePaths.ini");
     const auto tooLarge = static_cast<std::uintmax_t>(kiv_settings::kMaxIniFileBytes) + 1;
     std::filesystem::resize_file(host, tooLarge);
-    EXPECT_FALSE(StoreImageDataPath(L"\\Storage Card\\Pics\\a.jpg"));
+    EXPECT_FALSE(StoreImageDataPath(L"\\Storage Card\\Pics\\a.jpg"));  // exists but is too large to read
     EXPECT_EQ(std::filesystem::file_size(host), tooLarge);
     EXPECT_EQ(GetLastImageDataPath(), L"\\My Documents\\Zeb\\Images");
 }

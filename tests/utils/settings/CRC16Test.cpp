@@ -1,5 +1,3 @@
-// CRC-16: catalogue check values, incremental use, the logged failures, and the
-// identity of the sliced fast path with the plain byte-table loop.
 #include "utils/settings/CRC16.h"
 
 #include <gtest/gtest.h>
@@ -19,28 +17,25 @@ unsigned short ByteLoop(const unsigned short* table, unsigned short crc, const u
 
 }  // namespace
 
-TEST(CRC16Catalogue, MatchesXmodemAndCcittFalseCheckValues) {
+TEST(CRC16, CatalogueValuesWholeInPiecesAndFromEveryInstance) {
     CCRC16 crc;
     EXPECT_EQ(crc.ComputeCRC16(0, "123456789", 9), 0x31C3);
     EXPECT_EQ(crc.ComputeCRC16(0xFFFF, "123456789", 9), 0x29B1);
-}
-
-TEST(CRC16Catalogue, TableHoldsThePolynomialSteps) {
-    CCRC16 crc;
-    const unsigned short* table = crc.CRC16Init();
-    EXPECT_EQ(table[0], 0);
-    EXPECT_EQ(table[1], 0x1021);
-    EXPECT_EQ(table[255], 0x1EF0);
-}
-
-TEST(CRC16Incremental, PiecesGiveTheSameValueAsOneCall) {
-    CCRC16 crc;
-    const unsigned short first = crc.ComputeCRC16(0, "1234", 4);
-    EXPECT_EQ(crc.ComputeCRC16(first, "56789", 5), 0x31C3);
+    EXPECT_EQ(crc.ComputeCRC16(crc.ComputeCRC16(0, "1234", 4), "56789", 5), 0x31C3);
     EXPECT_EQ(crc.ComputeCRC16(0x1234, "x", 0), 0x1234);
+    CCRC16 copy(crc);
+    CCRC16 assigned;
+    assigned = crc;
+    CCRC16* made = CreateCRC16();
+    ASSERT_NE(made, nullptr);
+    EXPECT_EQ(copy.ComputeCRC16(0, "123456789", 9), 0x31C3);
+    EXPECT_EQ(assigned.ComputeCRC16(0, "123456789", 9), 0x31C3);
+    EXPECT_EQ(made->ComputeCRC16(0xFFFF, "123456789", 9), 0x29B1);
+    DeleteCRC16(made);
+    DeleteCRC16(nullptr);
 }
 
-TEST(CRC16Failures, NegativeLengthAndNullBufferAreLoggedAndGiveZero) {
+TEST(CRC16, NegativeLengthAndNullBufferAreLoggedAndGiveZero) {
     kiv_test::LogCapture log;
     CCRC16 crc;
     EXPECT_EQ(crc.ComputeCRC16(0xFFFF, "abc", -1), 0);
@@ -81,21 +76,6 @@ TEST(CRC16FastPath, AChangedTableIsHonouredForEveryLength) {
         EXPECT_EQ(copy.ComputeCRC16(0xFFFF, bytes.data(), n), ByteLoop(table, 0xFFFF, bytes.data(), n)) << n;
     }
     EXPECT_NE(crc.ComputeCRC16(0xFFFF, bytes.data(), 5000), standard);
-    // Rebuilding the table brings the standard value, and the fast path, back.
     crc.CRC16Init();
     EXPECT_EQ(crc.ComputeCRC16(0xFFFF, bytes.data(), 5000), standard);
-}
-
-TEST(CRC16Objects, CopiesAndFactoryInstancesComputeAlike) {
-    CCRC16 a;
-    CCRC16 b(a);
-    CCRC16 c;
-    c = a;
-    CCRC16* made = CreateCRC16();
-    ASSERT_NE(made, nullptr);
-    EXPECT_EQ(b.ComputeCRC16(0, "123456789", 9), 0x31C3);
-    EXPECT_EQ(c.ComputeCRC16(0, "123456789", 9), 0x31C3);
-    EXPECT_EQ(made->ComputeCRC16(0xFFFF, "123456789", 9), 0x29B1);
-    DeleteCRC16(made);
-    DeleteCRC16(nullptr);
 }

@@ -1,5 +1,3 @@
-// Column settings: reading a list's order and flags from "columns.ini", writing them back
-// on destruction beside other lists' records, and index checks.
 #include "utils/settings/ColumnSettings.h"
 
 #include <gtest/gtest.h>
@@ -36,7 +34,7 @@ protected:
 
 }  // namespace
 
-TEST_F(ColumnSettingsTest, ReadsOrderAndShowFlags) {
+TEST_F(ColumnSettingsTest, ReadsOrderAndShowFlagsAndChecksIndexes) {
     WriteRecords({{L"Points", L"order", L"Name Code Height"}, {L"Points", L"show", L"1 0"}});
     CColumnSettings c(L"Points");
     ASSERT_EQ(c.getColumnCount(), 3);
@@ -45,32 +43,31 @@ TEST_F(ColumnSettingsTest, ReadsOrderAndShowFlags) {
     EXPECT_TRUE(c.getColumnShowFlag(0));
     EXPECT_FALSE(c.getColumnShowFlag(1));
     EXPECT_TRUE(c.getColumnShowFlag(2));  // a missing flag leaves the column shown
-}
-
-TEST_F(ColumnSettingsTest, OutOfRangeIndexesGiveNullAndFalse) {
-    WriteRecords({{L"Points", L"order", L"Name"}, {L"Points", L"show", L"1 1 1"}});
-    CColumnSettings c(L"Points");
-    EXPECT_EQ(c.getColumnCount(), 1);
     EXPECT_EQ(c.getColumnId(-1), nullptr);
-    EXPECT_EQ(c.getColumnId(1), nullptr);
-    EXPECT_FALSE(c.getColumnShowFlag(1));
+    EXPECT_EQ(c.getColumnId(3), nullptr);
+    EXPECT_FALSE(c.getColumnShowFlag(3));
 }
 
-TEST_F(ColumnSettingsTest, NewListIsWrittenBesideOtherLists) {
-    WriteRecords({{L"Points", L"order", L"Name Code"}, {L"Points", L"show", L"1 1"}});
+TEST_F(ColumnSettingsTest, NewListIsWrittenOnDestructionBesideOtherLists) {
+    WriteRecords({{L"Points", L"order", L"Name Code"}, {L"Points", L"show", L"1 1"}, {L"P", L"order", L"a b"}});
     {
         CColumnSettings c(L"Lines");
         EXPECT_EQ(c.getColumnCount(), 0);
         c.addColumn(L"Start", true);
         c.addColumn(L"End", false);
     }
+    {
+        CColumnSettings c(L"P");
+        c.clear();
+    }
     const auto store = ReadBack();
     EXPECT_EQ(store.GetValue(L"Lines", L"order"), L"Start End");
     EXPECT_EQ(store.GetValue(L"Lines", L"show"), L"1 0");
     EXPECT_EQ(store.GetValue(L"Points", L"order"), L"Name Code");
+    EXPECT_EQ(store.GetValue(L"P", L"order", L"none"), L"");
 }
 
-TEST_F(ColumnSettingsTest, MissingFileGivesNoColumnsAndIsWrittenOnDestruction) {
+TEST_F(ColumnSettingsTest, MissingFileIsWrittenOnDestruction) {
     {
         CColumnSettings c(L"Codes");
         EXPECT_EQ(c.getColumnCount(), 0);
@@ -101,13 +98,4 @@ TEST_F(ColumnSettingsTest, LastDestroyedObjectWinsForTheWholeFile) {
     const auto store = ReadBack();
     EXPECT_EQ(store.GetValue(L"B", L"order"), L"y");
     EXPECT_FALSE(store.HasValue(L"A", L"order"));
-}
-
-TEST_F(ColumnSettingsTest, ClearEmptiesTheList) {
-    WriteRecords({{L"P", L"order", L"a b"}});
-    {
-        CColumnSettings c(L"P");
-        c.clear();
-    }
-    EXPECT_EQ(ReadBack().GetValue(L"P", L"order", L"none"), L"");
 }

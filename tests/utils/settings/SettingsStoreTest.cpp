@@ -1,5 +1,3 @@
-// The process-wide settings: initial values, the coupled setters, the code MRU list's
-// rules, and the debug-mode and window records.
 #include "utils/settings/SettingsStore.h"
 
 #include <gtest/gtest.h>
@@ -22,58 +20,42 @@ protected:
 
 }  // namespace
 
-TEST_F(GlobalSettingsTest, StartWithTheirInitialValues) {
-    EXPECT_EQ(GetTicMenuSystem(), eMenuSystemStandard);
-    EXPECT_FALSE(GetEuStyle());
-    EXPECT_EQ(GetCountry(), eCountryUSA);
-    EXPECT_FALSE(GetBoldFont());
-    EXPECT_FALSE(GetGISMode());
-    EXPECT_FALSE(GetCodeControlCodeMode());
-    EXPECT_TRUE(GetShowString());
-    EXPECT_FALSE(GetShowPtlMode());
-    int first = -1, second = -1;
-    EXPECT_FALSE(GetPtlModeRefPoints(first, second));
-    EXPECT_EQ(first, 0);
-    EXPECT_EQ(second, 0);
-    EXPECT_EQ(GetStkIncPtByVal(), 1);
-    EXPECT_FALSE(GetUseBluetoothTS());
-    EXPECT_FALSE(GetUseBluetoothGPS());
-    EXPECT_FALSE(GetUseInternalBT());
-    EXPECT_FALSE(GetUseExternalReceiver());
-    EXPECT_EQ(GetExternalRcvPort(), 0);
-    EXPECT_EQ(GetSelectedBluetoothPort(), kiv_df::eCommNone);
-    EXPECT_EQ(GetSelectedBluetoothPort2(), kiv_df::eCommNone);
-    EXPECT_EQ(GetSelectedSerialPort(), 1);
-    EXPECT_FALSE(GetShowSecondCtrlCode());
-    EXPECT_EQ(GetRangeDelimiter(), 0);
-    EXPECT_FALSE(GetShowAlphaKeyMode());
-    EXPECT_FALSE(LumaroSettings::IsSensorPortSet());
-    EXPECT_FALSE(GetDoImageStakeout());
-    EXPECT_FALSE(GetMirrorImage());
-    EXPECT_EQ(GetBsFsCtrl(), nullptr);
-    EXPECT_TRUE(GetLastCalcValue().IsEmpty());
-    EXPECT_TRUE(IsEstimateScaleSet());
-    EXPECT_FALSE(IsUseCalculatedScaleSet());
-    EXPECT_TRUE(IsResection3D());
-    EXPECT_TRUE(Is3DResectionMethodSplit());
-    EXPECT_TRUE(IsUseDefaultMeasurementAccuraciesChecked());
-    EXPECT_EQ(dGetDistanceError(), 0.003);
-    EXPECT_EQ(dGetDistancePPM(), 3.0);
-    EXPECT_EQ(dGetHorizontalError(), 5.0);
-    EXPECT_EQ(dGetVerticalError(), 10.0);
-    EXPECT_FALSE(IsVerticalScreenDesktopUI());
-    EXPECT_EQ(GetCodeMRUCount(), 0);
-}
-
-TEST_F(GlobalSettingsTest, ResetForTestingRestoresInitialValues) {
+TEST_F(GlobalSettingsTest, StartWithTheirInitialValuesAndResetRestoresThem) {
+    auto checkInitial = [] {
+        int first = -1, second = -1;
+        const bool ptlRefs = GetPtlModeRefPoints(first, second);
+        const std::pair<const char*, bool> initial[] = {
+            {"menu system", GetTicMenuSystem() == eMenuSystemStandard}, {"country", GetCountry() == eCountryUSA},
+            {"EU style", !GetEuStyle()}, {"bold font", !GetBoldFont()}, {"GIS mode", !GetGISMode()},
+            {"control code mode", !GetCodeControlCodeMode()}, {"show string", GetShowString()},
+            {"PTL mode", !GetShowPtlMode()}, {"PTL refs", !ptlRefs && first == 0 && second == 0},
+            {"stake increment", GetStkIncPtByVal() == 1}, {"BT total station", !GetUseBluetoothTS()},
+            {"BT GPS", !GetUseBluetoothGPS()}, {"internal BT", !GetUseInternalBT()},
+            {"external receiver", !GetUseExternalReceiver()}, {"receiver port", GetExternalRcvPort() == 0},
+            {"BT port", GetSelectedBluetoothPort() == kiv_df::eCommNone},
+            {"BT port 2", GetSelectedBluetoothPort2() == kiv_df::eCommNone},
+            {"serial port", GetSelectedSerialPort() == 1}, {"second control code", !GetShowSecondCtrlCode()},
+            {"range delimiter", GetRangeDelimiter() == 0}, {"alpha key mode", !GetShowAlphaKeyMode()},
+            {"sensor port", !LumaroSettings::IsSensorPortSet()}, {"image stakeout", !GetDoImageStakeout()},
+            {"mirror image", !GetMirrorImage()}, {"BS/FS control", GetBsFsCtrl() == nullptr},
+            {"last calc value", GetLastCalcValue().IsEmpty()}, {"estimate scale", IsEstimateScaleSet()},
+            {"calculated scale", !IsUseCalculatedScaleSet()}, {"3D resection", IsResection3D()},
+            {"split resection", Is3DResectionMethodSplit()}, {"default accuracies", IsUseDefaultMeasurementAccuraciesChecked()},
+            {"distance error", dGetDistanceError() == 0.003}, {"distance ppm", dGetDistancePPM() == 3.0},
+            {"horizontal error", dGetHorizontalError() == 5.0}, {"vertical error", dGetVerticalError() == 10.0},
+            {"vertical desktop UI", !IsVerticalScreenDesktopUI()}, {"code MRU", GetCodeMRUCount() == 0},
+        };
+        for (const auto& [what, holds] : initial) EXPECT_TRUE(holds) << what;
+    };
+    checkInitial();
     SetStkIncPtByVal(7);
     SetCodeMRU(L"TREE");
+    SetCountry(eCountryUK);
     kiv_host::ResetForTesting();
-    EXPECT_EQ(GetStkIncPtByVal(), 1);
-    EXPECT_EQ(GetCodeMRUCount(), 0);
+    checkInitial();
 }
 
-TEST_F(GlobalSettingsTest, CountryDecidesEuStyleUntilOverridden) {
+TEST_F(GlobalSettingsTest, CoupledSetters) {
     SetCountry(eCountryUK);
     EXPECT_TRUE(GetEuStyle());
     SetCountry(eCountryUSA);
@@ -81,11 +63,8 @@ TEST_F(GlobalSettingsTest, CountryDecidesEuStyleUntilOverridden) {
     SetEuStyle(true);
     EXPECT_TRUE(GetEuStyle());
     EXPECT_EQ(GetCountry(), eCountryUSA);
-}
-
-TEST_F(GlobalSettingsTest, ShowStringIsStoredButAlwaysReadsTrue) {
     SetShowString(false);
-    EXPECT_TRUE(GetShowString());
+    EXPECT_TRUE(GetShowString());  // stored, but always reads true
 }
 
 TEST_F(GlobalSettingsTest, PtlModeNeedsTwoUsableReferencePoints) {
@@ -123,6 +102,10 @@ TEST_F(GlobalSettingsTest, CodeMruKeepsTheFiveNewestAndAddsCaseSensitively) {
     SetCodeMRU(nullptr);
     SetCodeMRU(L"");
     EXPECT_EQ(GetCodeMRUCount(), 5);
+    CKivStringT code(L"kept");
+    EXPECT_FALSE(GetCodeMRU(5, code));
+    EXPECT_FALSE(GetCodeMRU(-1, code));
+    EXPECT_EQ(code, L"kept");
 }
 
 TEST_F(GlobalSettingsTest, CodeMruDeletesTheFirstMatchIgnoringCase) {
@@ -134,30 +117,4 @@ TEST_F(GlobalSettingsTest, CodeMruDeletesTheFirstMatchIgnoringCase) {
     DelMRUCodeIfExists(nullptr);
     DelMRUCodeIfExists(L"nothing");
     EXPECT_EQ(GetCodeMRUCount(), 1);
-}
-
-TEST_F(GlobalSettingsTest, CodeMruRefusesIndexesOutsideTheList) {
-    for (const wchar_t* c : {L"A", L"B", L"C", L"D", L"E"}) SetCodeMRU(c);
-    CKivStringT code(L"kept");
-    EXPECT_FALSE(GetCodeMRU(5, code));
-    EXPECT_FALSE(GetCodeMRU(-1, code));
-    EXPECT_EQ(code, L"kept");
-    EXPECT_TRUE(GetCodeMRU(0, code));
-    EXPECT_EQ(code, L"A");
-}
-
-TEST_F(GlobalSettingsTest, WindowPositionsRecordIsClearedOnFirstUse) {
-    LastWindowPositions& first = GetLastWindowPositions();
-    EXPECT_FALSE(first.valid);
-    first.valid = true;
-    EXPECT_TRUE(GetLastWindowPositions().valid);
-    EXPECT_EQ(&GetLastWindowPositions(), &first);
-}
-
-TEST_F(GlobalSettingsTest, SoundIsLoggedAtDebugLevel) {
-    kiv_test::LogCapture log;
-    Sound(eSoundWarning);
-    ASSERT_EQ(log.count(), 1u);
-    EXPECT_EQ(log.entries()[0].level, kiv_host::kLogDebug);
-    EXPECT_NE(log.entries()[0].text.find(L"warning"), std::wstring::npos);
 }

@@ -1,5 +1,4 @@
-// The soft keyboard's character modes against a keyboard window of our own, found by its
-// class "Keybord Window", that answers the query and records every switch.
+// Against a keyboard window of our own that answers the mode query and records every switch.
 #include <gtest/gtest.h>
 
 #include <vector>

@@ -1,5 +1,3 @@
-// The history writer: the bytes of a new document, lazy start tags and indentation,
-// the running checksum and its restoring on reopening, and closed-file safety.
 #include "utils/settings/XMLWriter.h"
 
 #include <gtest/gtest.h>
@@ -35,12 +33,17 @@ protected:
 
 }  // namespace
 
-TEST_F(HistoryWriterTest, NewDocumentHasMarkAndDeclarationAndALazyRoot) {
+TEST_F(HistoryWriterTest, NewDocumentHasMarkAndDeclarationAndALazyRootAndIgnoresWritesWhileClosed) {
     CXMLWriter w;
+    w.WriteElementString(L"a", L"b");
+    w.WriteCheckSum();
+    EXPECT_EQ(w.GetCheckSum(), 0u);
     bool created = false;
+    EXPECT_FALSE(CXMLWriter().Open(L"\\no such folder\\h.xml", created));
     ASSERT_TRUE(w.Open(kDoc, created));
     EXPECT_TRUE(created);
     w.Close();
+    w.WriteString(L"late");
     EXPECT_EQ(Bytes(), kBom + U16(L"<?xml version=\"1.0\"?>\r\n"));
 }
 
@@ -59,15 +62,6 @@ TEST_F(HistoryWriterTest, NestedElementsIndentStartTagsButNotEndTags) {
     EXPECT_EQ(Bytes(), U16(L"<a>\r\n <b>x</b>\r\n</a>\r\n<empty></empty>\r\n"));
 }
 
-TEST_F(HistoryWriterTest, EachCallReachesTheFileBeforeItReturns) {
-    CXMLWriter w;
-    bool created = false;
-    ASSERT_TRUE(w.Open(kDoc, created));
-    w.WriteElementString(L"Point", L"P1");
-    EXPECT_EQ(Bytes(), kBom + U16(L"<?xml version=\"1.0\"?>\r\n<NurvoJobHistory>\r\n <Point>P1</Point>\r\n"));
-    w.Close();
-}
-
 TEST_F(HistoryWriterTest, ChecksumFoldsLowBytesIntoFourLanes) {
     int lane = 0;
     EXPECT_EQ(kiv_history::FoldCheckSum(u"AB", 0, lane), 0x4241u);
@@ -77,11 +71,12 @@ TEST_F(HistoryWriterTest, ChecksumFoldsLowBytesIntoFourLanes) {
     EXPECT_EQ(lane, 3);
 }
 
-TEST_F(HistoryWriterTest, ChecksumElementHoldsTheValueBeforeIt) {
+TEST_F(HistoryWriterTest, EachCallReachesTheFileAndTheChecksumElementHoldsTheValueBeforeIt) {
     CXMLWriter w;
     bool created = false;
     ASSERT_TRUE(w.Open(kDoc, created));
-    w.WriteElementString(L"a", L"1");
+    w.WriteElementString(L"Point", L"P1");
+    EXPECT_EQ(Bytes(), kBom + U16(L"<?xml version=\"1.0\"?>\r\n<NurvoJobHistory>\r\n <Point>P1</Point>\r\n"));
     const unsigned before = w.GetCheckSum();
     w.WriteCheckSum();
     w.WriteEndElement();
@@ -131,27 +126,8 @@ TEST_F(HistoryWriterTest, ShortChecksumsDoNotRestore) {
     EXPECT_EQ(restored.lane, (2 + 31) % 4);
 }
 
-TEST_F(HistoryWriterTest, ClosedWriterIgnoresWritesAndKeepsItsChecksum) {
-    CXMLWriter w;
-    w.WriteElementString(L"a", L"b");
-    w.WriteCheckSum();
-    EXPECT_EQ(w.GetCheckSum(), 0u);
-    bool created = false;
-    ASSERT_TRUE(w.Open(kDoc, created));
-    w.Close();
-    w.WriteString(L"late");
-    EXPECT_EQ(Bytes(), kBom + U16(L"<?xml version=\"1.0\"?>\r\n"));
-}
-
-TEST_F(HistoryWriterTest, OpenFailsWhenTheFolderIsMissing) {
-    CXMLWriter w;
-    bool created = false;
-    EXPECT_FALSE(w.Open(L"\\no such folder\\h.xml", created));
-}
-
 TEST_F(HistoryWriterTest, TornTailDoesNotStopTheNextOpen) {
-    // One session as a handheld leaves it: an element, a CheckSum of eight digits (so
-    // that a reopened writer restores it) and the root's end tag.
+    // One session: an element, an eight-digit CheckSum (so it restores), the root's end tag.
     auto session = [this](const wchar_t* name, const wchar_t* text, bool& created) {
         CXMLWriter w;
         created = false;
@@ -170,12 +146,9 @@ TEST_F(HistoryWriterTest, TornTailDoesNotStopTheNextOpen) {
     const size_t afterSum = whole.size() - endLine.size();
     const size_t afterPoint = afterSum - sumLine.size();
     const size_t header = 2 + U16(L"<?xml version=\"1.0\"?>\r\n").size();
-    std::string fresh;
-    {
-        std::remove(root_.HostPath(kDoc).c_str());
-        session(L"b", L"2", created);
-        fresh = Bytes();
-    }
+    std::remove(root_.HostPath(kDoc).c_str());
+    session(L"b", L"2", created);
+    const std::string fresh = Bytes();
 
     struct Cut {
         size_t length;       // what the crash left of the first session
@@ -234,11 +207,11 @@ TEST_F(HistoryWriterTest, TornTailDoesNotStopTheNextOpen) {
 }
 
 TEST_F(HistoryWriterTest, FileWithoutCompleteLinesIsNotCutBack) {
-    // Not a history document at all: the writer appends at its last whole character
-    // rather than discarding bytes it cannot account for.
-    const std::string foreign = "\x01\x02\x03\x04\x05\x06\x07\x08\x09\x0B\x0C\x0E\x0F\x10\x11\x12\x13\x14\x15\x16\x17"
-                                "\x18\x19\x1A\x1B\x1C\x1D\x1E\x1F\x20\x21\x22\x23\x24\x25\x26\x27\x28\x29\x2A\x2B\x2C"
-                                "\x2D\x2E\x2F\x30\x31\x32\x33";
+    // Not a history document: the writer appends at its last whole character rather than
+    // discarding bytes it cannot account for.
+    std::string foreign;
+    for (char c = 1; c <= 0x33; ++c)
+        if (c != '\n' && c != '\r') foreign += c;
     ASSERT_EQ(foreign.size() % 2, 1u);
     kiv_test::WriteFileBytes(root_.HostPath(kDoc), foreign);
     CXMLWriter w;
