@@ -56,14 +56,6 @@ TEST(HostKnobs, DefaultsComeFromTheEnvironmentUntilSet) {
     EXPECT_EQ(kiv_host::GetModel(), kiv_host::EModel::Unknown);
 }
 
-TEST(HostKnobs, ResetRunsEveryHookOnce) {
-    int runs = 0;
-    kiv_host::AddResetHook("test.counter", [&runs] { ++runs; });
-    kiv_host::AddResetHook("test.counter", [&runs] { runs += 10; });  // replaces the first
-    kiv_host::ResetForTesting();
-    EXPECT_EQ(runs, 10);
-    kiv_host::AddResetHook("test.counter", [] {});
-}
 
 TEST(Logs, ReachTheSinkWithLevelSourceAndLine) {
     kiv_test::LogCapture logs;

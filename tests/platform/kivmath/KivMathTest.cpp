@@ -18,14 +18,6 @@ TEST(LengthFactors, MatchTheLegalDefinitionsOfTheFeet) {
     EXPECT_NEAR(Meter2Chain(Chain2Meter(7.25, true), true), 7.25, 1e-12);
 }
 
-TEST(AreaAndVolumeFactors, UseTheSelectedFoot) {
-    EXPECT_NEAR(SqureMeter2SqureChain(20.1168 * 20.1168, false), 1.0, 1e-12);
-    EXPECT_NEAR(CubicMeter2CubicFeets(0.3048 * 0.3048 * 0.3048, false), 1.0, 1e-12);
-    EXPECT_NEAR(CubicMeter2CubicYards(0.9144 * 0.9144 * 0.9144, false), 1.0, 1e-12);
-    const double usYard = 3.0 * 1200.0 / 3937.0;
-    EXPECT_NEAR(CubicMeter2CubicYards(usYard * usYard * usYard, true), 1.0, 1e-12);
-    EXPECT_GT(CubicMeter2CubicChain(1.0, false), CubicMeter2CubicChain(1.0, true));
-}
 
 TEST(AngleFactors, CircleIs400GradsAnd6400Mils) {
     EXPECT_DOUBLE_EQ(Deg2Grad(360.0), 400.0);
@@ -84,8 +76,3 @@ TEST(TurningAndLevel, StayInTheirNaturalRanges) {
     EXPECT_DOUBLE_EQ(Zenith2Level(Level2Zenith(45.5)), 45.5);
 }
 
-TEST(NearestInteger, RoundsHalvesAwayFromZero) {
-    EXPECT_EQ(dNearInt(2.5), 3.0);
-    EXPECT_EQ(dNearInt(-2.5), -3.0);
-    EXPECT_EQ(dNearInt(2.4999), 2.0);
-}

@@ -29,9 +29,3 @@ TEST(SharedHeap, EveryAllocationFormPairsWithItsRelease) {
     EXPECT_EQ(Tracked::alive, 0);
 }
 
-TEST(SharedHeap, ZeroBytesStillGiveABlock) {
-    void* block = dlmalloc(0);
-    EXPECT_NE(block, nullptr);
-    dlfree(block);
-    dlfree(nullptr);
-}

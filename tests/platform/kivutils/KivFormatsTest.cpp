@@ -58,15 +58,6 @@ TEST(DecimalText, IgnoresACommaDecimalLocale) {
     EXPECT_EQ(formatted, L"1.50");
 }
 
-TEST(Integers, ReadLikeAtoiAndSaturate) {
-    EXPECT_EQ(StringToInt(L"  -12abc"), -12);
-    EXPECT_EQ(StringToInt(L"+7"), 7);
-    EXPECT_EQ(StringToInt(L"x"), 0);
-    EXPECT_EQ(StringToInt(L"-0"), 0);
-    EXPECT_EQ(StringToInt(L"99999999999"), 2147483647);
-    EXPECT_EQ(StringToInt(L"-99999999999"), -2147483647 - 1);
-    EXPECT_EQ(IntToString(-2147483647 - 1), L"-2147483648");
-}
 
 TEST(DelimitedFields, SkipEmptyFieldsBetweenAdjacentDelimiters) {
     CKivArray<CKivStringT> f;

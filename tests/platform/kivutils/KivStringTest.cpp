@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "platform/kivutils/KivArray.h"
 #include "platform/kivutils/KivString.h"
 
 TEST(KivString, ClampsOutOfRangeSubstrings) {
@@ -68,28 +67,4 @@ TEST(KivString, FormatsWideArgumentsWithPercentS) {
     EXPECT_EQ(big.GetLength(), 5000);
 }
 
-TEST(KivString, BufferAccessSetsTheLength) {
-    CKivStringT s;
-    wchar_t* p = s.GetBuffer(10);
-    p[0] = L'o';
-    p[1] = L'k';
-    p[2] = 0;
-    s.ReleaseBuffer();
-    EXPECT_EQ(s, L"ok");
-    EXPECT_EQ(s.GetLength(), 2);
-}
 
-TEST(KivArray, InsertsAndRemovesWithinBounds) {
-    CKivArray<int> a;
-    for (int i = 0; i < 5; ++i) a.Add(i);
-    a.InsertAt(2, 99);
-    EXPECT_EQ(a.GetSize(), 6);
-    EXPECT_EQ(a[2], 99);
-    a.RemoveAt(4, 10);
-    EXPECT_EQ(a.GetSize(), 4);
-    a.RemoveAt(10);
-    EXPECT_EQ(a.GetSize(), 4);
-    EXPECT_EQ(a.GetUpperBound(), 3);
-    a.RemoveAll();
-    EXPECT_TRUE(a.IsEmpty());
-}

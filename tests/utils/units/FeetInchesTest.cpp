@@ -82,14 +82,6 @@ TEST(MarkedFeetInches, RewritesIntoTheDottedForm) {
     EXPECT_FALSE(StrFeetInchesFormat2ToNormalDoubleStr(text));
 }
 
-TEST(FeetInchesUnits, OnlyFeetAndInchesUnitsRewrite) {
-    CKivStringT text = L"5'6\"";
-    kiv_df::UNITS u = kiv_df::eUSFeet;
-    EXPECT_FALSE(CheckForFeetAndInchesFormat(text, 0, u));
-    EXPECT_EQ(text, L"5'6\"");
-    u = kiv_df::eIntlFeetInches;
-    EXPECT_TRUE(CheckForFeetAndInchesFormat(text, 0, u));
-}
 
 TEST(FeetInchesRoundTrip, DenseSweepReadsBackWithinHalfTheFinestFraction) {
     // Values are sampled every 0.001 ft, which never lands on the lattice where the

@@ -6,14 +6,6 @@
 
 using namespace kiv_df;
 
-TEST(LengthConversion, UsesTheFootOfTheUnit) {
-    EXPECT_DOUBLE_EQ(ToMetersEx(3937.0, eUSFeet), 1200.0);
-    EXPECT_DOUBLE_EQ(ToMetersEx(3937.0, eUSFeetInches), 1200.0);
-    EXPECT_DOUBLE_EQ(ToMetersEx(10.0, eIntlFeetInches), 3.048);
-    EXPECT_DOUBLE_EQ(FromMetersEx(20.1168, eIntlChains), 1.0);
-    EXPECT_DOUBLE_EQ(FromMetersEx(5.0, eMeters), 5.0);
-    EXPECT_NEAR(FromMetersEx(ToMetersEx(12.5, eUSChains), eUSChains), 12.5, 1e-12);
-}
 
 TEST(LengthConversion, UnsupportedUnitsGiveOneAndALogEntry) {
     kiv_test::LogCapture logs;
@@ -68,13 +60,6 @@ TEST(AdaptiveLength, FeetAndInchesBecomeMilesOfTheSameFoot) {
     EXPECT_EQ(u, eUSChains);
 }
 
-TEST(AngleConversion, ReadsAndWritesEachUnit) {
-    EXPECT_DOUBLE_EQ(ToDegreesEx(100.0, eGrads), 90.0);
-    EXPECT_DOUBLE_EQ(ToDegreesEx(1600.0, eMils), 90.0);
-    EXPECT_NEAR(ToDegreesEx(12.3015, eDMS), 12 + 30 / 60.0 + 15 / 3600.0, 1e-12);
-    EXPECT_DOUBLE_EQ(FromDegreesEx(90.0, eGrads, 3, false), 100.0);
-    EXPECT_NEAR(FromDegreesEx(12.5, eDMS, 3, false), 12.3, 1e-12);
-}
 
 TEST(AngleConversion, PackedUnitIsWrittenButNotReadAndUnknownIsLoggedOneWay) {
     kiv_test::LogCapture logs;
