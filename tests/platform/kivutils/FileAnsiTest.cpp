@@ -45,44 +45,4 @@ TEST_F(FileAnsi, ReadsEveryEncodingAndSkipsBlankLines) {
     for (const auto& c : cases) EXPECT_EQ(NonBlankLines(c.bytes), c.lines) << c.bytes;
 }
 
-TEST_F(FileAnsi, ReadNextLineReturnsEmptyLinesAndMissingFilesFailCleanly) {
-    kiv_test::WriteFileBytes(root.path() + "/f.txt", "a\r\n\r\nb\r\n");
-    CFileAnsi file(L"\\F.TXT");
-    CKivStringT line;
-    Lines lines;
-    while (file.ReadNextWCLine(line)) lines.push_back(line.str());
-    EXPECT_EQ(lines, (Lines{L"a", L"", L"b"}));
-    CFileAnsi none;
-    EXPECT_EQ(none.ReadNextNonBlankWCLine(line), -1);
-    EXPECT_FALSE(none.Open(L"\\none.txt"));
-    EXPECT_FALSE(none.IsOpen());
-    EXPECT_FALSE(none.ReadNextWCLine(line));
-}
-
-TEST_F(FileAnsi, LinesCrossingTheReadChunksComeOutWhole) {
-    std::wstring expected;
-    for (int i = 0; i < 20000; ++i) expected += L"line \u00E9\u20AC " + std::to_wstring(i) + L"\r\n";
-    for (const std::string& bytes : {kiv_text::ToUtf8(expected), "\xFF\xFE" + kiv_text::ToUtf16Le(expected)}) {
-        const Lines lines = NonBlankLines(bytes);
-        ASSERT_EQ(lines.size(), 20000u);
-        EXPECT_EQ(lines[12345], L"line \u00E9\u20AC 12345");
-        EXPECT_EQ(lines.back(), L"line \u00E9\u20AC 19999");
-    }
-}
-
-TEST_F(FileAnsi, AnOverlongLineComesInPiecesWithoutLosingACharacter) {
-    std::wstring text(3 * CFileAnsi::kMaxLineBytes, L'a');
-    text[CFileAnsi::kMaxLineBytes - 1] = L'\u20AC';  // a three-byte character across the first cut
-    Lines lines = NonBlankLines(kiv_text::ToUtf8(text) + "\nnext");
-    ASSERT_GE(lines.size(), 4u);
-    EXPECT_EQ(lines.back(), L"next");
-    lines.pop_back();
-    std::wstring joined;
-    for (const auto& piece : lines) {
-        EXPECT_LE(kiv_text::ToUtf8(piece).size(), CFileAnsi::kMaxLineBytes);
-        joined += piece;
-    }
-    EXPECT_EQ(joined, text);
-}
-
 }  // namespace

@@ -1,4 +1,4 @@
-// The handheld model tests and LaunchExe.
+// LaunchExe running a device program.
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
@@ -6,7 +6,6 @@
 #include <filesystem>
 
 #include "platform/kivutils/LaunchExe.h"
-#include "platform/kivutils/Platform.h"
 #include "tests/support/TestSupport.h"
 
 namespace {
@@ -24,30 +23,6 @@ protected:
     }
 };
 }  // namespace
-
-TEST_F(Platform, ExactlyTheModelTheHostWasToldAnswersTrue) {
-    using kiv_host::EModel;
-    const struct {
-        EModel model;
-        bool (*test)();
-    } models[] = {{EModel::Getac, kiv_platform::IsGetac},  {EModel::Pellan, kiv_platform::IsPellan},
-                  {EModel::Mirel, kiv_platform::IsMirel},  {EModel::Dorsk, kiv_platform::IsDorsk},
-                  {EModel::Ostra, kiv_platform::IsOstra}, {EModel::TarvoOld, kiv_platform::IsTarvoOld}};
-    for (const auto& m : models) EXPECT_FALSE(m.test());  // a development machine is none of them
-    for (const auto& set : models) {
-        kiv_host::SetModel(set.model);
-        for (const auto& m : models) EXPECT_EQ(m.test(), m.model == set.model);
-    }
-}
-
-TEST(LaunchArguments, SplitAsTheDeviceShellSplits) {
-    using V = std::vector<std::wstring>;
-    EXPECT_EQ(kiv_launch::SplitArguments(L" /1 "), V{L"/1"});
-    EXPECT_EQ(kiv_launch::SplitArguments(L""), V{});
-    EXPECT_EQ(kiv_launch::SplitArguments(nullptr), V{});
-    EXPECT_EQ(kiv_launch::SplitArguments(L"a\t\"b c\" \"\""), (V{L"a", L"b c", L""}));
-    EXPECT_EQ(kiv_launch::SplitArguments(L"C:\\dir\\ x\\\\\"y z\" q\\\"r"), (V{L"C:\\dir\\", L"x\\y z", L"q\"r"}));
-}
 
 TEST_F(Platform, LaunchExeRunsTheDeviceProgramWithItsArgumentsAndReportsTheExitCodeOrNoStart) {
     MakeProgram("/SystemCF/Utilities", "PackEnable.exe", 3);

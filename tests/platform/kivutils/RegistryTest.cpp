@@ -12,23 +12,6 @@ protected:
 const wchar_t* const kPorts = L"Software\\Microsoft\\BlueTooth\\Serial\\Ports";
 }  // namespace
 
-TEST_F(RegistryHelpers, EnumSectionsListsSubkeysInOrderAndFailsForAMissingKey) {
-    for (const wchar_t* port : {L"000b", L"0001"}) {
-        HKEY key = nullptr;
-        RegCreateKeyExW(HKEY_LOCAL_MACHINE, (std::wstring(kPorts) + L"\\" + port).c_str(), 0, nullptr, 0, 0, nullptr,
-                        &key, nullptr);
-        RegCloseKey(key);
-    }
-    CKivArray<CKivStringT> sections;
-    sections.Add(L"stale");
-    ASSERT_TRUE(kiv_registry::EnumSections(HKEY_LOCAL_MACHINE, kPorts, sections));
-    ASSERT_EQ(sections.GetSize(), 2);
-    EXPECT_EQ(sections[0], CKivStringT(L"000b"));
-    EXPECT_EQ(sections[1], CKivStringT(L"0001"));
-    EXPECT_FALSE(kiv_registry::EnumSections(HKEY_LOCAL_MACHINE, L"Software\\Nothing", sections));
-    EXPECT_EQ(sections.GetSize(), 0);
-}
-
 TEST_F(RegistryHelpers, ReadStringValueTakesStringsOnlyAndDropsTheTerminator) {
     const std::wstring path = std::wstring(kPorts) + L"\\0001";
     ASSERT_TRUE(kiv_registry::WriteStringValue(HKEY_LOCAL_MACHINE, path.c_str(), L"Port", L"COM8"));

@@ -37,14 +37,6 @@ std::vector<std::wstring> Tags(const std::vector<Token>& tokens) {
     return tags;
 }
 
-// The forms the settings file uses are checked through the file below.
-TEST(XmlForming, TagTypesOutsideTheSettingsFile) {
-    using B = CXmlParserBase;
-    EXPECT_EQ(B::OpenTag(L"a", B::TagTypeFlag(0)), L"<a>");
-    EXPECT_EQ(B::TagTypeFlag(99), 0);
-    EXPECT_EQ(B::FormAttrib(L"n", L"v", true), L" n=\"v\">");
-}
-
 TEST(XmlForming, AnyAttributeValueRoundTrips) {
     const std::wstring values[] = {
         L"Tolerance", L"", L"a\"b'c<d>e&f", L"&amp; stays literal", L"two\r\nlines\tand tab",
@@ -58,23 +50,6 @@ TEST(XmlForming, AnyAttributeValueRoundTrips) {
     }
 }
 
-TEST(XmlAttributes, ReadsQuotedUnquotedAndSpacedFormsAndStopsAtMalformedText) {
-    const wchar_t* text = L"a='1' b = \"2\" c=3 Name=\"x\"";
-    const struct { const wchar_t *attributes, *name, *value; } cases[] = {
-        {text, L"a", L"1"}, {text, L"b", L"2"}, {text, L"c", L"3"},
-        {text, L"name", L""},  // names are case-sensitive
-        {text, L"d", L""}, {L"a=\"unterminated b=\"2\"", L"b", L""}, {L"novalue b=\"2\"", L"b", L""},
-        {nullptr, L"b", L""}};
-    for (const auto& c : cases) EXPECT_EQ(CXmlParser::ReadAttrib(c.attributes, c.name), c.value) << c.name;
-}
-
-TEST(XmlAttributes, ResolvesReferencesAndKeepsWhatIsNoReference) {
-    EXPECT_EQ(CXmlParser::ReadAttrib(L"v=\"&#x41;&#66;&lt;&apos;&#0;&#xD800;&#99999999999;&\"", L"v"),
-              L"AB<'&#0;&#xD800;&#99999999999;&");
-    // The longest reference, '#x' and eight digits, is still one.
-    EXPECT_EQ(CXmlParser::ReadAttrib(L"v=\"&#x0010FFFF;&#x00010FFFF;\"", L"v"), L"\U0010FFFF&#x00010FFFF;");
-}
-
 TEST(XmlAttributes, ReadALongRunOfAmpersandsInLinearTime) {
     // Eight million characters: a reader that looks for each '&''s ';' to the end of the
     // value needs hours here and runs into the test's time limit.
@@ -84,40 +59,6 @@ TEST(XmlAttributes, ReadALongRunOfAmpersandsInLinearTime) {
     ASSERT_EQ(static_cast<size_t>(value.GetLength()), run.size() + 2);
     EXPECT_EQ(value.view().substr(run.size()), L"<A");
     EXPECT_EQ(value.view().find_first_not_of(L'&'), run.size());
-}
-
-TEST(XmlTokens, GiveNamesAttributeTextContentAndEndTags) {
-    const auto tokens = Tokens(L"<?xml version=\"1.0\"?>\r\n<kiv_config>\r\n<group name=\"Stake\">\r\n"
-                               L"<value name=\"Tolerance\" type=\"dbl\">0.050000</value>\r\n</group>\r\n</kiv_config>\r\n");
-    const std::vector<Token> expected = {
-        {L"kiv_config", L"", L"\r\n"},
-        {L"group", L"name=\"Stake\"", L"\r\n"},
-        {L"value", L"name=\"Tolerance\" type=\"dbl\"", L"0.050000"},
-        {L"/value", L"", L""},
-        {L"/group", L"", L""},
-        {L"/kiv_config", L"", L""}};
-    EXPECT_EQ(tokens, expected);
-}
-
-TEST(XmlTokens, ReadContentAsItStandsAndPassOverWhatIsNoElement) {
-    const auto tokens = Tokens(L"<v>a &amp; b</v><v>x < y</v><v>a<b</v><v>p>q</v>");
-    ASSERT_EQ(Tags(tokens), (std::vector<std::wstring>{L"v", L"/v", L"v", L"/v", L"v", L"/v", L"v", L"/v"}));
-    const wchar_t* contents[] = {L"a &amp; b", L"x < y", L"a<b", L"p>q"};
-    for (size_t i = 0; i < 4; ++i) EXPECT_EQ(tokens[2 * i].content, contents[i]);
-    const auto selfClosed = Tokens(L"<g><value name=\"a/b\" /><e/></g>");
-    EXPECT_EQ(Tags(selfClosed), (std::vector<std::wstring>{L"g", L"value", L"/value", L"e", L"/e", L"/g"}));
-    EXPECT_EQ(selfClosed[1].attributes, L"name=\"a/b\"");
-    const auto skipped = Tokens(L"<!DOCTYPE x><!-- <hidden> --><?pi <no>?><![CDATA[<nor>]]><a>t<!-- c --></a >");
-    EXPECT_EQ(Tags(skipped), (std::vector<std::wstring>{L"a", L"/a"}));
-    EXPECT_EQ(skipped[0].content, L"t");
-}
-
-TEST(XmlTokens, StopCleanlyOnGarbage) {
-    EXPECT_TRUE(Tokens(L"").empty());
-    EXPECT_TRUE(Tokens(L"no markup at all").empty());
-    EXPECT_TRUE(Tokens(L"<<<< < <!-- <? <![CDATA[ </ <a \"").empty());
-    EXPECT_EQ(Tags(Tokens(L"<a x=\"1\">text")), std::vector<std::wstring>{L"a"});
-    EXPECT_EQ(Tokens(L"<a x=\"1\">text")[0].content, L"text");
 }
 
 class XmlFiles : public ::testing::Test {
@@ -177,18 +118,7 @@ TEST_F(XmlFiles, AnIndependentReaderFindsTheFileWellFormed) {
     EXPECT_EQ(std::system(command.c_str()), 0);
 }
 
-TEST_F(XmlFiles, ReadsUtf16WithMarkAndGivesNoParserForAMissingFile) {
-    kiv_test::WriteFileBytes(root.path() + "/u.xml", "\xFF\xFE" + kiv_text::ToUtf16Le(L"<a n=\"\u00E9\">\u6E2C</a>"));
-    const auto tokens = FileTokens(L"\\u.xml");
-    ASSERT_EQ(tokens.size(), 2u);
-    EXPECT_EQ(tokens[0].content, L"\u6E2C");
-    EXPECT_EQ(CXmlParser::ReadAttrib(tokens[0].attributes, L"n"), L"\u00E9");
-    CXmlParser* parser = reinterpret_cast<CXmlParser*>(1);
-    EXPECT_EQ(CXmlParser::Initialize(L"\\none.xml", parser), static_cast<int>(ERROR_FILE_NOT_FOUND));
-    EXPECT_EQ(parser, nullptr);
-}
-
-TEST_F(XmlFiles, EveryTruncationGivesAPrefixOfTheTokens) {
+TEST_F(XmlFiles, TruncatedOrGarbageTextStopsCleanly) {
     WriteSettingsFile(L"\\s.xml");
     const std::wstring full = kiv_text::FromUtf8(kiv_test::ReadFileBytes(root.path() + "/s.xml"));
     const auto all = Tags(Tokens(full));
@@ -197,19 +127,8 @@ TEST_F(XmlFiles, EveryTruncationGivesAPrefixOfTheTokens) {
         ASSERT_LE(some.size(), all.size()) << cut;
         EXPECT_TRUE(std::equal(some.begin(), some.end(), all.begin())) << cut;
     }
-}
-
-TEST(XmlBrackets, SplitsBracketedListsAndAcceptsEveryOtherContent) {
-    CKivArray<CKivStringT> list;
-    CKivStringT content(L" [1;2; 3] ");
-    EXPECT_TRUE(CXmlParser::ParseValuesInBrackets(content, list, L';'));
-    ASSERT_EQ(list.GetSize(), 3);
-    EXPECT_EQ(list[2], L" 3");
-    EXPECT_EQ(content, L" [1;2; 3] ");
-    for (const wchar_t* text : {L"0.050000", L"[draft", L"", L"a;b"}) {
-        EXPECT_TRUE(CXmlParser::ParseValuesInBrackets(text, list, L';'));
-        EXPECT_EQ(list.GetSize(), *text ? 1 : 0);
-    }
+    EXPECT_TRUE(Tokens(L"no markup at all").empty());
+    EXPECT_TRUE(Tokens(L"<<<< < <!-- <? <![CDATA[ </ <a \"").empty());
 }
 
 }  // namespace
