@@ -35,19 +35,6 @@ TEST_F(AppPathsTest, ComposedPathsStartFromTheirBaseFolder) {
     EXPECT_EQ(second, L"unZeb.lng");
 }
 
-TEST_F(AppPathsTest, UserSettingsFolderIsAHiddenSiblingOfTheDataRoot) {
-    EXPECT_EQ(GetUserSettingsPath(), L"\\Storage Card\\zeb_setup");
-    const DWORD attributes = GetFileAttributesW(L"\\Storage Card\\zeb_setup");
-    ASSERT_NE(attributes, INVALID_FILE_ATTRIBUTES);
-    EXPECT_TRUE(attributes & FILE_ATTRIBUTE_DIRECTORY);
-    EXPECT_TRUE(FileFuncs::IsDirExist(L"\\Storage Card\\Data"));
-}
-
-TEST_F(AppPathsTest, UserSettingsFolderOfATopLevelRootGoesBesideIt) {
-    kiv_host::SetBaseFolders(L"", L"\\Zeb", L"");
-    EXPECT_EQ(GetUserSettingsPath(), L"\\Zeb\\zeb_setup");
-}
-
 TEST_F(AppPathsTest, RememberedFoldersFallBackAndStoringOneCategoryKeepsTheOthers) {
     EXPECT_EQ(GetLastImageDataPath(), L"\\My Documents\\Zeb\\Images");
     ASSERT_TRUE(StoreTN3FilePath(L"\\Storage Card\\Surfaces\\site.tn3"));
@@ -72,17 +59,4 @@ TEST_F(AppPathsTest, UnreadableRememberedFoldersFileIsLeftAlone) {
     EXPECT_FALSE(StoreImageDataPath(L"\\Storage Card\\Pics\\a.jpg"));  // exists but is too large to read
     EXPECT_EQ(std::filesystem::file_size(host), tooLarge);
     EXPECT_EQ(GetLastImageDataPath(), L"\\My Documents\\Zeb\\Images");
-}
-
-TEST_F(AppPathsTest, FileKindsCompareDottedExtensionsIgnoringCase) {
-    EXPECT_TRUE(IsSQLiteJobDB(L"\\Jobs\\Site.TSJ"));
-    EXPECT_FALSE(IsSQLiteJobDB(L"\\Jobs\\Site"));
-    EXPECT_FALSE(IsSQLiteJobDB(nullptr));
-    EXPECT_TRUE(IsSQLCEJobDB(L"a.tsv"));
-    // Deliberate: the styles tests compare the dotted extension with a whole file name,
-    // which no dotted extension can equal.
-    for (const wchar_t* path : {L"\\Data\\Styles.tsstyles", L"\\Data\\x.Styles.tsstyles", L"Styles.tss", L".tss"}) {
-        EXPECT_FALSE(IsSQLiteSylesDB(path));
-        EXPECT_FALSE(IsSQLCEStylesDB(path));
-    }
 }

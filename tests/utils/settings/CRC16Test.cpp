@@ -35,17 +35,6 @@ TEST(CRC16, CatalogueValuesWholeInPiecesAndFromEveryInstance) {
     DeleteCRC16(nullptr);
 }
 
-TEST(CRC16, NegativeLengthAndNullBufferAreLoggedAndGiveZero) {
-    kiv_test::LogCapture log;
-    CCRC16 crc;
-    EXPECT_EQ(crc.ComputeCRC16(0xFFFF, "abc", -1), 0);
-    EXPECT_EQ(crc.ComputeCRC16(0xFFFF, nullptr, 5), 0);
-    ASSERT_EQ(log.count(), 2u);
-    EXPECT_EQ(log.entries()[0].level, 1);
-    EXPECT_EQ(log.entries()[0].text, L"CCRC16::ComputeCRC16: tablem length -1 < 0");
-    EXPECT_EQ(log.entries()[1].text, L"CCRC16::ComputeCRC16: tablem length 5 < 0");
-}
-
 TEST(CRC16FastPath, EqualsTheByteLoopForEveryLengthAndAlignment) {
     std::vector<unsigned char> bytes(4096 + 8);
     std::mt19937 rng(7);

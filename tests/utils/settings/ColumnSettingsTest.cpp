@@ -34,20 +34,6 @@ protected:
 
 }  // namespace
 
-TEST_F(ColumnSettingsTest, ReadsOrderAndShowFlagsAndChecksIndexes) {
-    WriteRecords({{L"Points", L"order", L"Name Code Height"}, {L"Points", L"show", L"1 0"}});
-    CColumnSettings c(L"Points");
-    ASSERT_EQ(c.getColumnCount(), 3);
-    EXPECT_STREQ(c.getColumnId(0), L"Name");
-    EXPECT_STREQ(c.getColumnId(2), L"Height");
-    EXPECT_TRUE(c.getColumnShowFlag(0));
-    EXPECT_FALSE(c.getColumnShowFlag(1));
-    EXPECT_TRUE(c.getColumnShowFlag(2));  // a missing flag leaves the column shown
-    EXPECT_EQ(c.getColumnId(-1), nullptr);
-    EXPECT_EQ(c.getColumnId(3), nullptr);
-    EXPECT_FALSE(c.getColumnShowFlag(3));
-}
-
 TEST_F(ColumnSettingsTest, NewListIsWrittenOnDestructionBesideOtherLists) {
     WriteRecords({{L"Points", L"order", L"Name Code"}, {L"Points", L"show", L"1 1"}, {L"P", L"order", L"a b"}});
     {
@@ -65,37 +51,4 @@ TEST_F(ColumnSettingsTest, NewListIsWrittenOnDestructionBesideOtherLists) {
     EXPECT_EQ(store.GetValue(L"Lines", L"show"), L"1 0");
     EXPECT_EQ(store.GetValue(L"Points", L"order"), L"Name Code");
     EXPECT_EQ(store.GetValue(L"P", L"order", L"none"), L"");
-}
-
-TEST_F(ColumnSettingsTest, MissingFileIsWrittenOnDestruction) {
-    {
-        CColumnSettings c(L"Codes");
-        EXPECT_EQ(c.getColumnCount(), 0);
-        c.addColumn(L"Code", true);
-    }
-    EXPECT_EQ(ReadBack().GetValue(L"Codes", L"order"), L"Code");
-}
-
-TEST_F(ColumnSettingsTest, IdWithASpaceSplitsAfterSaveAndLoad) {
-    {
-        CColumnSettings c(L"L");
-        c.addColumn(L"Point Name", false);
-    }
-    CColumnSettings c(L"L");
-    ASSERT_EQ(c.getColumnCount(), 2);
-    EXPECT_STREQ(c.getColumnId(0), L"Point");
-    EXPECT_FALSE(c.getColumnShowFlag(0));
-    EXPECT_TRUE(c.getColumnShowFlag(1));
-}
-
-TEST_F(ColumnSettingsTest, LastDestroyedObjectWinsForTheWholeFile) {
-    auto* first = new CColumnSettings(L"A");
-    auto* second = new CColumnSettings(L"B");
-    first->addColumn(L"x", true);
-    second->addColumn(L"y", true);
-    delete first;
-    delete second;
-    const auto store = ReadBack();
-    EXPECT_EQ(store.GetValue(L"B", L"order"), L"y");
-    EXPECT_FALSE(store.HasValue(L"A", L"order"));
 }

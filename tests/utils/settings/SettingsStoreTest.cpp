@@ -55,43 +55,6 @@ TEST_F(GlobalSettingsTest, StartWithTheirInitialValuesAndResetRestoresThem) {
     checkInitial();
 }
 
-TEST_F(GlobalSettingsTest, CoupledSetters) {
-    SetCountry(eCountryUK);
-    EXPECT_TRUE(GetEuStyle());
-    SetCountry(eCountryUSA);
-    EXPECT_FALSE(GetEuStyle());
-    SetEuStyle(true);
-    EXPECT_TRUE(GetEuStyle());
-    EXPECT_EQ(GetCountry(), eCountryUSA);
-    SetShowString(false);
-    EXPECT_TRUE(GetShowString());  // stored, but always reads true
-}
-
-TEST_F(GlobalSettingsTest, PtlModeNeedsTwoUsableReferencePoints) {
-    SetShowPtlMode(true);
-    SetPtlModeRefPoints(1, 2);
-    int a = 0, b = 0;
-    EXPECT_TRUE(GetPtlModeRefPoints(a, b));
-    EXPECT_EQ(a, 1);
-    EXPECT_EQ(b, 2);
-    SetPtlModeRefPoints(0, 5);
-    EXPECT_FALSE(GetPtlModeRefPoints(a, b));
-    EXPECT_EQ(a, 0);
-    EXPECT_EQ(b, 5);
-    SetShowPtlMode(true);
-    SetPtlModeRefPoints(3, 0);
-    EXPECT_FALSE(GetShowPtlMode());
-}
-
-TEST_F(GlobalSettingsTest, VerticalDesktopLayoutNeedsTheDebugModeOptionToo) {
-    SetVerticalScreenDesktopUI(true);
-    EXPECT_FALSE(IsVerticalScreenDesktopUI());
-    AdvDbgMode().verticalScreenDesktopUI = true;
-    EXPECT_TRUE(IsVerticalScreenDesktopUI());
-    SetVerticalScreenDesktopUI(false);
-    EXPECT_FALSE(IsVerticalScreenDesktopUI());
-}
-
 TEST_F(GlobalSettingsTest, CodeMruKeepsTheFiveNewestAndAddsCaseSensitively) {
     for (const wchar_t* c : {L"A", L"B", L"C", L"D", L"E", L"F"}) SetCodeMRU(c);
     EXPECT_EQ(MruCodes(), (std::vector<std::wstring>{L"B", L"C", L"D", L"E", L"F"}));

@@ -73,23 +73,3 @@ TEST_F(SoftKeyboardTest, NumericSwitchesLettersOffOnlyWhenOn) {
     EXPECT_EQ(g_switches, std::vector<LPARAM>{0});
     EXPECT_FALSE(CapsLock());
 }
-
-TEST_F(SoftKeyboardTest, FieldTypesUseTheirDefaultModes) {
-    SetDefaultCharType(eFieldCode, eCharUpper);
-    CtrlCharByFieldType(eFieldPointName);  // still numeric
-    EXPECT_FALSE(g_alpha);
-    CtrlCharByFieldType(eFieldCode);
-    EXPECT_TRUE(g_alpha);
-    EXPECT_TRUE(CapsLock());
-    SetDefaultCharType(static_cast<FIELD_TYPE>(7), eCharLower);
-    CtrlCharByFieldType(static_cast<FIELD_TYPE>(7));
-    EXPECT_TRUE(CapsLock());
-}
-
-TEST_F(SoftKeyboardTest, WithoutAKeyboardWindowNothingHappens) {
-    DestroyWindow(keyboard_);
-    keyboard_ = nullptr;
-    CtrlChar(eCharUpper);
-    EXPECT_FALSE(CapsLock());
-    EXPECT_TRUE(g_switches.empty());
-}

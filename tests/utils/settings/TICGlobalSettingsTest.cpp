@@ -19,17 +19,6 @@ protected:
 
 }  // namespace
 
-TEST_F(NurvoIniTest, IdentifiersMapToTheirSectionsAndKeys) {
-    ITICGlobalSettings* s = GetTICGlobalSettings();
-    CKivStringT section, key;
-    ASSERT_TRUE(s->GetSectionAndKey(2030, section, key));
-    EXPECT_EQ(section, L"Bluetooth");
-    EXPECT_EQ(key, L"Port2PC");
-    EXPECT_FALSE(s->GetSectionAndKey(8, section, key));
-    EXPECT_FALSE(s->GetSectionAndKey(2010, section, key));
-    EXPECT_EQ(s->GetFilePath(), L"\\Storage Card\\zeb_setup\\nurvo.ini");
-}
-
 TEST_F(NurvoIniTest, EveryTypeRoundTripsThroughTheFile) {
     ITICGlobalSettings* s = GetTICGlobalSettings();
     ASSERT_TRUE(s->WriteInt(11, -42));
@@ -45,18 +34,4 @@ TEST_F(NurvoIniTest, EveryTypeRoundTripsThroughTheFile) {
     ASSERT_TRUE(kiv_settings::readSettingsAsIni(s->GetFilePath(), store, encoding));
     EXPECT_EQ(store.GetValue(L"Settings", L"StakeIncPtBy"), L"-42");
     EXPECT_EQ(store.GetValue(L"Settings", L"EuStyle"), L"1");
-}
-
-TEST_F(NurvoIniTest, MissingOrUnreadableEntriesGiveDefaults) {
-    ITICGlobalSettings* s = GetTICGlobalSettings();
-    EXPECT_EQ(s->ReadInt(2, 7), 7);
-    ASSERT_TRUE(s->WriteString(2, L"12abc"));
-    EXPECT_EQ(s->ReadInt(2, 7), 7);
-    EXPECT_EQ(s->ReadDouble(2, 1.5), 1.5);
-    ASSERT_TRUE(s->WriteString(6, L"False"));
-    EXPECT_FALSE(s->ReadBool(6, true));
-    ASSERT_TRUE(s->WriteString(6, L"maybe"));
-    EXPECT_TRUE(s->ReadBool(6, true));
-    EXPECT_FALSE(s->WriteInt(999, 1));
-    EXPECT_EQ(s->ReadInt(999, 3), 3);
 }

@@ -33,62 +33,6 @@ protected:
 
 }  // namespace
 
-TEST_F(HistoryWriterTest, NewDocumentHasMarkAndDeclarationAndALazyRootAndIgnoresWritesWhileClosed) {
-    CXMLWriter w;
-    w.WriteElementString(L"a", L"b");
-    w.WriteCheckSum();
-    EXPECT_EQ(w.GetCheckSum(), 0u);
-    bool created = false;
-    EXPECT_FALSE(CXMLWriter().Open(L"\\no such folder\\h.xml", created));
-    ASSERT_TRUE(w.Open(kDoc, created));
-    EXPECT_TRUE(created);
-    w.Close();
-    w.WriteString(L"late");
-    EXPECT_EQ(Bytes(), kBom + U16(L"<?xml version=\"1.0\"?>\r\n"));
-}
-
-TEST_F(HistoryWriterTest, NestedElementsIndentStartTagsButNotEndTags) {
-    CXMLWriterBase w;
-    bool created = false;
-    ASSERT_TRUE(w.Open(kDoc, created));
-    w.WriteStartElement(L"a");
-    w.WriteStartElement(L"b");
-    w.WriteString(L"x");
-    w.WriteEndElement();
-    w.WriteEndElement();
-    w.WriteStartElement(L"empty");
-    w.WriteEndElement();
-    w.Close();
-    EXPECT_EQ(Bytes(), U16(L"<a>\r\n <b>x</b>\r\n</a>\r\n<empty></empty>\r\n"));
-}
-
-TEST_F(HistoryWriterTest, ChecksumFoldsLowBytesIntoFourLanes) {
-    int lane = 0;
-    EXPECT_EQ(kiv_history::FoldCheckSum(u"AB", 0, lane), 0x4241u);
-    EXPECT_EQ(lane, 2);
-    EXPECT_EQ(kiv_history::FoldCheckSum(u"", 0x4241, lane), 0x4241u);
-    EXPECT_EQ(kiv_history::FoldCheckSum(u"\u0143", 0, lane), 0x430000u);  // only the low byte counts
-    EXPECT_EQ(lane, 3);
-}
-
-TEST_F(HistoryWriterTest, EachCallReachesTheFileAndTheChecksumElementHoldsTheValueBeforeIt) {
-    CXMLWriter w;
-    bool created = false;
-    ASSERT_TRUE(w.Open(kDoc, created));
-    w.WriteElementString(L"Point", L"P1");
-    EXPECT_EQ(Bytes(), kBom + U16(L"<?xml version=\"1.0\"?>\r\n<NurvoJobHistory>\r\n <Point>P1</Point>\r\n"));
-    const unsigned before = w.GetCheckSum();
-    w.WriteCheckSum();
-    w.WriteEndElement();
-    w.Close();
-    CKivStringT element;
-    element.Format(L"<CheckSum>%X</CheckSum>\r\n</NurvoJobHistory>\r\n", before);
-    const std::string bytes = Bytes();
-    const std::string tail = U16(element.str());
-    ASSERT_GE(bytes.size(), tail.size());
-    EXPECT_EQ(bytes.substr(bytes.size() - tail.size()), tail);
-}
-
 TEST_F(HistoryWriterTest, ReopeningRestoresFromAnEightDigitChecksum) {
     const std::wstring head = L"<?xml version=\"1.0\"?>\r\n<NurvoJobHistory>\r\n";
     const std::wstring element = L"<CheckSum>89ABCDEF</CheckSum>\r\n";
@@ -204,21 +148,4 @@ TEST_F(HistoryWriterTest, TornTailDoesNotStopTheNextOpen) {
             EXPECT_NE(verdict.problem.find(L"does not match"), std::wstring::npos) << verdict.problem;
         }
     }
-}
-
-TEST_F(HistoryWriterTest, FileWithoutCompleteLinesIsNotCutBack) {
-    // Not a history document: the writer appends at its last whole character rather than
-    // discarding bytes it cannot account for.
-    std::string foreign;
-    for (char c = 1; c <= 0x33; ++c)
-        if (c != '\n' && c != '\r') foreign += c;
-    ASSERT_EQ(foreign.size() % 2, 1u);
-    kiv_test::WriteFileBytes(root_.HostPath(kDoc), foreign);
-    CXMLWriter w;
-    bool created = true;
-    ASSERT_TRUE(w.Open(kDoc, created));
-    EXPECT_FALSE(created);
-    w.WriteString(L"x");
-    w.Close();
-    EXPECT_EQ(Bytes(), foreign.substr(0, foreign.size() - 1) + U16(L"x"));
 }

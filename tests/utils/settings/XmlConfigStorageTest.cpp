@@ -91,32 +91,6 @@ TEST_F(XmlSettingsTest, FileHasOneElementALineAndIsWellFormed) {
     ASSERT_EQ(std::system(command.c_str()), 0) << "xmllint rejected " << Text();
 }
 
-TEST_F(XmlSettingsTest, ReadsAndWritesBeyondTheEndNeverRewriteTheFile) {
-    kiv_test::LogCapture log;
-    const std::string original = Doc("<group name=\"A\">\r\n<value name=\"x\" type=\"int\">3</value>\r\n</group>\r\n");
-    WriteText(original);
-    {
-        CXmlConfigStorage s(kFile);
-        EXPECT_EQ(s.GetGroup(L"A").GetIntegerValue(L"x", 0), 3);
-        EXPECT_EQ(s.GetGroup(L"Missing").GetGroup(L"Deeper").GetIntegerValue(L"y", 9), 9);
-        s.GetGroup(L"A").SetIntegerValue(L"x", 3);
-        s.GetGroup(L"A").GetValue(1u).SetAsInteger(5);
-        s.GetGroup(7u).SetIntegerValue(L"y", 5);
-    }
-    EXPECT_EQ(Text(), original);
-}
-
-TEST_F(XmlSettingsTest, GroupPersistedForAnotherReasonOmitsUntypedValues) {
-    {
-        CXmlConfigStorage s(kFile);
-        CConfigGroup& a = s.GetGroup(L"A");
-        a.GetValue(L"readOnly");
-        a.GetGroup(L"B").SetIntegerValue(L"n", 1);
-    }
-    EXPECT_EQ(Text(), Doc("<group name=\"A\">\r\n<group name=\"B\">\r\n<value name=\"n\" type=\"int\">1</value>\r\n"
-                          "</group>\r\n</group>\r\n"));
-}
-
 TEST_F(XmlSettingsTest, NamelessGroupIsSkippedAndItsEndTagEndsTheEnclosingGroup) {
     WriteText(Doc("<group name=\"A\">\r\n<group>\r\n<value name=\"inner\" type=\"int\">1</value>\r\n</group>\r\n"
                   "<value name=\"late\" type=\"int\">2</value>\r\n</group>\r\n"
@@ -130,64 +104,6 @@ TEST_F(XmlSettingsTest, NamelessGroupIsSkippedAndItsEndTagEndsTheEnclosingGroup)
     // "late" was read after A ended early, at the top where values are not kept.
     EXPECT_EQ(a.GetIntegerValue(L"late", 0), 0);
     EXPECT_EQ(s.GetGroup(1u).GetName(), L"B");
-}
-
-TEST_F(XmlSettingsTest, ValueTextsReadByTheFormatsOwnRules) {
-    WriteText(Doc("<group name=\"G\">\r\n"
-                  "<value name=\"i\" type=\"int\">12abc</value>\r\n"
-                  "<value name=\"d\" type=\"dbl\">1e3</value>\r\n"
-                  "<value name=\"t\" type=\"bool\">true</value>\r\n"
-                  "<value name=\"e\" type=\"int\"></value>\r\n"
-                  "<value name=\"u\" type=\"INT\">5</value>\r\n"
-                  "<value type=\"int\">5</value>\r\n"
-                  "<value name=\"dup\" type=\"int\">1</value>\r\n"
-                  "<value name=\"dup\" type=\"int\">2</value>\r\n"
-                  "</group>\r\n"));
-    {
-        CXmlConfigStorage s(kFile);
-        CConfigGroup& g = s.GetGroup(L"G");
-        EXPECT_EQ(g.GetIntegerValue(L"i", 0), 12);
-        EXPECT_EQ(g.GetDoubleValue(L"d", 0), 1000.0);
-        EXPECT_FALSE(g.GetBooleanValue(L"t", true));
-        EXPECT_EQ(g.GetIntegerValue(L"e", 7), 0);
-        EXPECT_FALSE(g.GetValue(L"u").HasValue());
-        EXPECT_EQ(g.GetIntegerValue(L"dup", 0), 1);
-        EXPECT_EQ(g.GetNumberOfValues(), 7u);
-        g.SetIntegerValue(L"i", 13);
-    }
-    const std::string text = Text();
-    EXPECT_NE(text.find("<value name=\"d\" type=\"dbl\">1000.000000</value>"), std::string::npos);
-    EXPECT_NE(text.find("<value name=\"dup\" type=\"int\">2</value>"), std::string::npos);
-}
-
-TEST_F(XmlSettingsTest, DoubleTextsReadAsWcstodReadsThem) {
-    // By both readers (a comment makes the file unusual); a comma locale changes nothing.
-    kiv_test::ScopedLocale german("de_DE.UTF-8");
-    ASSERT_TRUE(german.ok());
-    const double inf = HUGE_VAL;
-    const struct {
-        const char* text;
-        double value;
-    } cases[] = {
-        {"", 0.0},           {"  \t2.5kg", 2.5},  {"1,5", 1.0},          {"1e", 1.0},
-        {"1e+", 1.0},        {".5", 0.5},         {"-.5e1", -5.0},       {"abc", 0.0},
-        {"+", 0.0},          {"inf", inf},        {"-Infinity", -inf},   {"INFINITE", inf},
-        {"0x1p-2", 0.25},    {"0X1.8P1", 3.0},    {"0x", 0.0},           {"0xg", 0.0},
-        {"1e999", inf},      {"-1e999", -inf},    {"1e-999", 0.0},       {"0x10", 16.0},
-    };
-    std::string body = "<group name=\"G\">\r\n";
-    for (size_t i = 0; i < std::size(cases); ++i)
-        body += "<value name=\"d" + std::to_string(i) + "\" type=\"dbl\">" + cases[i].text + "</value>\r\n";
-    body += "<value name=\"nan\" type=\"dbl\">NaN(1a_)</value>\r\n</group>\r\n";
-    for (const std::string& text : {Doc(body), Doc(body) + "<!-- by hand -->\r\n"}) {
-        WriteText(text);
-        CXmlConfigStorage s(kFile);
-        CConfigGroup& g = s.GetGroup(L"G");
-        for (size_t i = 0; i < std::size(cases); ++i)
-            EXPECT_EQ(g.GetDoubleValue(CKivStringT(("d" + std::to_string(i)).c_str()), 7.0), cases[i].value)
-                << '"' << cases[i].text << '"';
-        EXPECT_TRUE(std::isnan(g.GetDoubleValue(L"nan", 0.0)));
-    }
 }
 
 TEST_F(XmlSettingsTest, ReadOnlyFileIsLeftAsItWas) {
@@ -225,50 +141,4 @@ TEST_F(XmlSettingsTest, ReadOnlyMediumIsLeftAsItWas) {
     ::chmod(folder.c_str(), 0755);
     EXPECT_EQ(kiv_test::ReadFileBytes(root_.HostPath(file)), original);
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator()), 1);
-}
-
-TEST_F(XmlSettingsTest, SharedTreeIsWrittenOnceByItsLastHandleAndCopiesAreSeparate) {
-    auto* first = new CXmlConfigStorage(kFile);
-    CXmlConfigStorage copy(*first);
-    auto* second = new CXmlConfigStorage(L"\\other.xml");
-    *second = *first;
-    second->GetGroup(L"A").SetIntegerValue(L"x", 5);
-    EXPECT_EQ(copy.GetGroup(L"A").GetIntegerValue(L"x", 0), 0);
-    delete second;
-    EXPECT_TRUE(Text().empty());
-    delete first;
-    CXmlConfigStorage check(kFile);
-    EXPECT_EQ(check.GetGroup(L"A").GetIntegerValue(L"x", 0), 5);
-}
-
-TEST_F(XmlSettingsTest, GarbageFilesLoadAsEmptyTrees) {
-    for (const std::string& junk : {std::string("\xFF\xFE<"), std::string("<kiv_config><group name=\"a\""),
-                                   std::string("no xml at all"), std::string("\0\0\0", 3)}) {
-        WriteText(junk);
-        CXmlConfigStorage s(kFile);
-        EXPECT_LE(s.GetNumberOfGroups(), 1u);
-    }
-}
-
-TEST_F(XmlSettingsTest, FileThatTurnsOutUnusualLateIsReadOnceByTheTokenizer) {
-    WriteText(Doc("<group name=\"A\">\r\n<value name=\"x\" type=\"int\">1</value>\r\n</group>\r\n"
-                  "<group name=\"B\">\r\n<value name=\"y\" type=\"str\">a &amp; b</value>\r\n</group>\r\n"
-                  "<!-- edited by hand -->\r\n"));
-    CXmlConfigStorage s(kFile);
-    ASSERT_EQ(s.GetNumberOfGroups(), 2u);
-    EXPECT_EQ(s.GetGroup(L"A").GetNumberOfValues(), 1u);
-    // Content is taken as it stands: the entity is not resolved.
-    EXPECT_EQ(s.GetGroup(L"B").GetStringValue(L"y"), L"a &amp; b");
-}
-
-TEST_F(XmlSettingsTest, DeeplyNestedGroupsStopAtTheDepthLimit) {
-    std::string body;
-    for (int i = 0; i < 300; ++i) body += "<group name=\"g\">\r\n";
-    body += "<value name=\"deep\" type=\"int\">1</value>\r\n";
-    for (int i = 0; i < 300; ++i) body += "</group>\r\n";
-    WriteText(Doc(body));
-    CXmlConfigStorage s(kFile);
-    int depth = 0;
-    for (CConfigGroup* g = &s.GetGroup(0u); g->GetNumberOfGroups() > 0; g = &g->GetGroup(0u)) ++depth;
-    EXPECT_EQ(depth + 1, 200);
 }
