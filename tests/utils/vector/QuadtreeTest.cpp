@@ -1,12 +1,8 @@
-// The quadtree: when a node is cut and when a cut is undone, the depth limit, the root's
-// box, the pick walk and the render walk's one-draw-per-pass.
+// The quadtree: when a node is cut and when a cut is undone.
 #include "utils/vector/Quadtree.h"
 
 #include <gtest/gtest.h>
 
-#include <map>
-
-#include "utils/vector/VectorImageProducer.h"
 
 namespace {
 
@@ -23,27 +19,6 @@ QuadtreeNode nodeOver(std::shared_ptr<IRenderableBuffer> buffer) {
     node.insertBuffer(std::move(buffer));
     node.calcBBox();
     return node;
-}
-
-struct RecordingRenderer : IRenderer {
-    BoundingBox viewport{-1e9, 1e9, 1e9, -1e9};
-    std::vector<TCoord3d> points;
-    int polylines = 0;
-    BoundingBox getViewport() const override { return viewport; }
-    void drawPoint(const TCoord3d& at, const TPointStyle&) override { points.push_back(at); }
-    void drawPolyline(const TCoord3d*, int, const TLineStyle&) override { ++polylines; }
-};
-
-// Points in a row plus two lines and an arc, styles for all.
-std::shared_ptr<VectorBlob> smallPlan() {
-    VectorImageProducer producer;
-    const int dot = producer.addPointStyle(RGB(1, 2, 3));
-    const int pen = producer.addLineStyle(RGB(4, 5, 6));
-    for (int i = 0; i < 10; ++i) producer.addPoint({i * 10.0, 0.0, 0.0}, dot);
-    producer.addLine({0, 5, 0}, {90, 5, 0}, pen);               // polyline 0
-    producer.addPolyline({{0, -5, 0}, {50, -5, 0}, {50, -20, 0}}, pen);  // polyline 1
-    producer.addArc({110, 0, 0}, {100, 0, 0}, {100, 10, 0}, false, pen);  // polyline 2
-    return producer.build();
 }
 
 }  // namespace
@@ -96,119 +71,4 @@ TEST(QuadtreeSplit, CutThatLeavesAChildAsFullAsItsParentIsUndone) {
     EXPECT_EQ(node.getChild(0), nullptr);
     ASSERT_EQ(node.getBuffers().GetSize(), 1);
     EXPECT_EQ(node.getBuffers()[0], buffer);
-}
-
-TEST(QuadtreeSplit, NodeWhoseBuffersCannotDivideStaysALeaf) {
-    VectorImageProducer producer;
-    const int pen = producer.addLineStyle(0);
-    for (int i = 1; i <= 35; ++i) producer.addArc({50.0 + i, 50, 0}, {50, 50, 0}, {50.0 + i, 50, 0}, false, pen);
-    auto blob = producer.build();
-    auto tree = buildQuadtree(*blob);
-    EXPECT_TRUE(tree->getRoot()->isLeaf());
-    EXPECT_EQ(tree->getRoot()->getNodeFeatureCount(), 35);
-}
-
-TEST(QuadtreeSplit, LeavesLieAtDepthFiveAtMost) {
-    QuadtreeNode node(0.0, 64.0, 64.0, 0.0);
-    // A crowd at the origin, and one point at each level to make every cut pay.
-    std::vector<PointBuffer::Feature> features;
-    for (std::uint32_t i = 0; i < 35; ++i) features.push_back({0.0, 0.0, i});
-    for (double at = 1.0; at <= 64.0; at *= 2) features.push_back({at, at, 99});
-    node.insertBuffer(std::make_shared<PointBuffer>(std::move(features)));
-    node.rebalance(0);
-    const TQuadtreeStats stats = getQuadtreeStats(node);
-    EXPECT_EQ(stats.depth, 5);
-    EXPECT_EQ(stats.maxLeafFeatures, 36);  // the crowd and (1, 1), uncut at depth 5
-    EXPECT_EQ(stats.leafFeatures, 42);
-}
-
-TEST(QuadtreeBuild, RootBoxIsTheUnionOfPointsLinesAndArcs) {
-    VectorImageProducer producer;
-    const int dot = producer.addPointStyle(0);
-    const int pen = producer.addLineStyle(0);
-    producer.addPoint({-4, 3, 0}, dot);
-    producer.addLine({1, -2, 0}, {6, 1, 0}, pen);
-    auto noArcs = producer.build();
-    const BoundingBox box = buildQuadtree(*noArcs)->getRoot()->getBBox();
-    EXPECT_EQ((std::vector<double>{box.left, box.top, box.right, box.bottom}), (std::vector<double>{-4, 3, 6, -2}));
-
-    producer.addArc({12, 0, 0}, {10, 0, 0}, {10, 2, 0}, false, pen);
-    auto withArc = producer.build();
-    EXPECT_EQ(buildQuadtree(*withArc)->getRoot()->getBBox().right, 12.0);
-
-    auto empty = VectorBlobBuilder().build();
-    auto tree = buildQuadtree(*empty);
-    EXPECT_FALSE(tree->getRoot()->getBBox().isValid());
-    EXPECT_TRUE(tree->getRoot()->isLeaf());
-}
-
-TEST(QuadtreePick, FindsTheNearestOfTheAskedKindsWithinTolerance) {
-    auto blob = smallPlan();
-    auto tree = buildQuadtree(*blob);
-    Csx::CIdentityCs identity;
-    const StakeableEntities both{eStakeablePoint, eStakeableLine};
-    TPickResult result;
-
-    TCoord2d at{31.0, 1.0};
-    ASSERT_TRUE(tree->pick(at, identity, identity, 2.0, both, result));
-    EXPECT_EQ(result.kind, TPickResult::ePoint);
-    EXPECT_EQ(result.index, 3);
-    EXPECT_EQ(at.x, 30.0);  // snapped to the point
-
-    at = {31.0, 1.0};
-    ASSERT_TRUE(tree->pick(at, identity, identity, 10.0, {eStakeableLine}, result));
-    EXPECT_EQ(result.kind, TPickResult::eLine);
-    EXPECT_EQ(result.index, 0);
-    EXPECT_DOUBLE_EQ(result.distance, 4.0);
-
-    at = {100.0, 9.5};
-    ASSERT_TRUE(tree->pick(at, identity, identity, 1.0, {eStakeableLine}, result));
-    EXPECT_EQ(result.index, 2);  // the arc, as its polyline
-
-    at = {31.0, 1.0};
-    EXPECT_FALSE(tree->pick(at, identity, identity, 0.5, both, result));
-    EXPECT_FALSE(tree->pick(at, identity, identity, 5.0, {}, result));
-}
-
-TEST(QuadtreePick, MeasuresInTheImageSystem) {
-    auto blob = smallPlan();
-    auto tree = buildQuadtree(*blob);
-    Csx::CIdentityCs image;
-    Csx::CAffineCs view(0.0, 0.1, 0.0, 0.0);  // ten view units to the image unit
-    TCoord2d at{305.0, 0.0};                   // image (30.5, 0)
-    TPickResult result;
-    EXPECT_FALSE(tree->pick(at, image, view, 0.4, {eStakeablePoint}, result));
-    ASSERT_TRUE(tree->pick(at, image, view, 0.6, {eStakeablePoint}, result));
-    EXPECT_EQ(result.index, 3);
-    EXPECT_NEAR(at.x, 300.0, 1e-9);
-}
-
-TEST(QuadtreeRender, DrawsSharedBuffersOncePerPassAndSkipsWhatIsOutOfView) {
-    VectorImageProducer producer;
-    const int dot = producer.addPointStyle(0);
-    const int pen = producer.addLineStyle(0);
-    for (int i = 0; i < 100; ++i) producer.addPoint({(i % 10) * 10.0, (i / 10) * 10.0, 0.0}, dot);
-    producer.addArc({50, 45, 0}, {45, 45, 0}, {50, 45, 0}, false, pen);  // a circle shared by all quadrants
-    auto blob = producer.build();
-    auto tree = buildQuadtree(*blob);
-    ASSERT_FALSE(tree->getRoot()->isLeaf());
-    Csx::CIdentityCs identity;
-
-    RecordingRenderer all;
-    tree->render(1, identity, identity, &all);
-    EXPECT_EQ(all.points.size(), 100u);
-    EXPECT_EQ(all.polylines, 1);
-    tree->render(1, identity, identity, &all);  // the same pass again draws nothing new
-    EXPECT_EQ(all.points.size(), 100u);
-
-    RecordingRenderer corner;
-    corner.viewport = BoundingBox(-1, 15, 15, -1);
-    tree->render(2, identity, identity, &corner);
-    EXPECT_EQ(corner.points.size(), 4u);
-
-    RecordingRenderer highlight;
-    tree->renderEntity({TPickResult::ePoint, 42, 0.0, {}}, identity, identity, &highlight);
-    ASSERT_EQ(highlight.points.size(), 1u);
-    EXPECT_EQ(highlight.points[0].x, 20.0);
-    EXPECT_EQ(highlight.points[0].y, 40.0);
 }
