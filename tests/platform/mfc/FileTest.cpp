@@ -18,59 +18,6 @@ protected:
     kiv_test::TempDeviceRoot root;
 };
 
-TEST_F(MfcFile, CreateKeepsAnExistingDocumentOnlyWithNoTruncateAndOpenNeedsTheFile) {
-    kiv_test::WriteFileBytes(root.path() + "/h.xml", "history");
-    CFile file;
-    ASSERT_TRUE(file.Open(L"\\H.XML", kHistoryFlags));
-    EXPECT_EQ(file.GetLength(), 7u);
-    EXPECT_EQ(file.SeekToEnd(), 7u);
-    file.Write("+", 1);
-    file.Close();
-    EXPECT_EQ(Bytes("h.xml"), "history+");
-    ASSERT_TRUE(file.Open(L"\\new.xml", kHistoryFlags));
-    EXPECT_EQ(file.GetLength(), 0u);
-    file.Close();
-    ASSERT_TRUE(file.Open(L"\\h.xml", CFile::modeWrite | CFile::modeCreate));
-    file.Close();
-    EXPECT_EQ(Bytes("h.xml"), "");
-    CFileException error;
-    EXPECT_FALSE(file.Open(L"\\none.xml", CFile::modeRead, &error));
-    EXPECT_EQ(error.m_cause, CFileException::fileNotFound);
-    EXPECT_EQ(error.m_lOsError, static_cast<LONG>(ERROR_FILE_NOT_FOUND));
-    EXPECT_EQ(error.m_strFileName, L"\\none.xml");
-    EXPECT_FALSE(file.IsOpen());
-}
-
-TEST_F(MfcFile, DenyWriteKeepsOtherWritersOutButLetsReadersIn) {
-    CFile writer;
-    ASSERT_TRUE(writer.Open(L"\\h.xml", kHistoryFlags));
-    CFile other;
-    CFileException error;
-    EXPECT_FALSE(other.Open(L"\\h.xml", CFile::modeWrite | CFile::shareDenyNone, &error));
-    EXPECT_EQ(error.m_cause, CFileException::sharingViolation);
-    EXPECT_TRUE(other.Open(L"\\h.xml", CFile::modeRead | CFile::shareDenyNone));
-    other.Close();
-    // shareCompat is exclusive, as in MFC, so it cannot join the writer.
-    EXPECT_FALSE(other.Open(L"\\h.xml", CFile::modeRead));
-}
-
-TEST_F(MfcFile, ReopeningWriteOnlyContinuesWhereTheDocumentEnded) {
-    CFile file;
-    ASSERT_TRUE(file.Open(L"\\h.xml", kHistoryFlags));
-    file.Write("<a></a>", 7);
-    const LONG position = file.Seek(-4, CFile::current);
-    EXPECT_EQ(position, 3);
-    file.Close();
-    ASSERT_TRUE(file.Open(L"\\h.xml", CFile::modeWrite | CFile::modeCreate | CFile::modeNoTruncate |
-                                            CFile::shareDenyWrite | CFile::typeBinary));
-    EXPECT_EQ(file.Seek(position, CFile::begin), 3);
-    file.Write("<b/></a>", 8);
-    char c;
-    EXPECT_EQ(file.Read(&c, 1), 0u);  // write-only
-    file.Close();
-    EXPECT_EQ(Bytes("h.xml"), "<a><b/></a>");
-}
-
 TEST_F(MfcFile, SeeksReadsAndCutsAndAClosedFileIgnoresEverything) {
     kiv_test::WriteFileBytes(root.path() + "/f.bin", "0123456789");
     CFile file;
@@ -99,18 +46,6 @@ TEST_F(MfcFile, SeeksReadsAndCutsAndAClosedFileIgnoresEverything) {
     EXPECT_EQ(file.Seek(0, CFile::begin), -1);
     EXPECT_EQ(file.GetLength(), 0u);
     EXPECT_EQ(Bytes("f.bin"), "012");
-}
-
-TEST_F(MfcFile, TheDestructorClosesWhatOpenOpenedAndInvalidFlagsAreRefused) {
-    {
-        CFile file;
-        ASSERT_TRUE(file.Open(L"\\f.bin", CFile::modeWrite | CFile::modeCreate | CFile::shareExclusive));
-    }
-    CFile again;
-    EXPECT_TRUE(again.Open(L"\\f.bin", CFile::modeWrite | CFile::shareExclusive));
-    CFileException error;
-    EXPECT_FALSE(CFile().Open(L"\\f.bin", 3 | CFile::modeCreate, &error));
-    EXPECT_EQ(error.m_lOsError, static_cast<LONG>(ERROR_INVALID_PARAMETER));
 }
 
 }  // namespace

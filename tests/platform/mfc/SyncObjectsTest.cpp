@@ -11,7 +11,6 @@ namespace {
 
 struct Shared {
     CCriticalSection lock;
-    CEvent done{FALSE, TRUE};
     long value = 0;
 };
 
@@ -24,25 +23,10 @@ UINT AddUnderLock(LPVOID parameter) {
     return 11;
 }
 
-UINT SignalAndReturn(LPVOID parameter) {
-    static_cast<Shared*>(parameter)->done.SetEvent();
-    return 0;
-}
-
-UINT EndEarly(LPVOID) {
-    AfxEndThread(9, FALSE);
-    return 1;  // never reached
-}
-
 DWORD ExitCode(HANDLE thread) {
     DWORD code = 0;
     GetExitCodeThread(thread, &code);
     return code;
-}
-
-UINT SleepLong(LPVOID) {
-    Sleep(INFINITE);
-    return 0;
 }
 
 // What auto-deleting thread objects saw of themselves as their threads began.
@@ -97,43 +81,4 @@ TEST(WinThread, BeginThreadWithTheDeviceStackAndPriorityRunsAndEndsWithItsCode) 
     EXPECT_EQ(ExitCode(*thread), 11u);
     EXPECT_EQ(s.value, 10000);
     delete thread;
-}
-
-TEST(WinThread, AutoDeletedThreadSignalsThroughCEvent) {
-    Shared s;
-    ASSERT_NE(AfxBeginThread(SignalAndReturn, &s), nullptr);
-    CSingleLock wait(&s.done);
-    EXPECT_TRUE(wait.Lock(INFINITE));
-    EXPECT_TRUE(wait.IsLocked());
-}
-
-TEST(WinThread, EndedOrTerminatedThreadsReportTheirCodeAndKeepTheObjectWhenAsked) {
-    CWinThread* ended = AfxBeginThread(EndEarly, nullptr);
-    ASSERT_NE(ended, nullptr);
-    ASSERT_EQ(WaitForSingleObject(ended->m_hThread, INFINITE), WAIT_OBJECT_0);
-    EXPECT_EQ(ExitCode(ended->m_hThread), 9u);
-    EXPECT_FALSE(ended->m_bAutoDelete);
-    delete ended;
-
-    CWinThread* sleeper = AfxBeginThread(SleepLong, nullptr);
-    ASSERT_NE(sleeper, nullptr);
-    sleeper->m_bAutoDelete = FALSE;
-    EXPECT_TRUE(TerminateThread(sleeper->m_hThread, static_cast<DWORD>(-1)));
-    ASSERT_EQ(WaitForSingleObject(sleeper->m_hThread, INFINITE), WAIT_OBJECT_0);
-    EXPECT_EQ(ExitCode(sleeper->m_hThread), static_cast<DWORD>(-1));
-    delete sleeper;
-}
-
-TEST(SingleLock, ReleasesOnScopeEndAndTimesOutOnAnUnsignalledEvent) {
-    CEvent e(FALSE, FALSE);
-    {
-        CSingleLock lock(&e);
-        EXPECT_FALSE(lock.Lock(5));
-        EXPECT_FALSE(lock.IsLocked());
-    }
-    e.SetEvent();
-    CSingleLock lock(&e, TRUE);
-    EXPECT_TRUE(lock.IsLocked());
-    EXPECT_TRUE(lock.Unlock());
-    EXPECT_FALSE(lock.IsLocked());
 }

@@ -57,36 +57,3 @@ TEST_F(Keyboard, CapsLockTogglesOnEachPressAndReachesTheFocusedWindow) {
     EXPECT_EQ((got[0].lParam >> 16) & 0xFF, 0x3A);
     EXPECT_EQ((got[1].lParam >> 31) & 1, 1);  // the release bit
 }
-
-TEST_F(Keyboard, TranslatedLettersFollowShiftAndCapsLock) {
-    std::wstring typed;
-    // The user-interface thread handles each key before the next one comes.
-    auto pump = [&typed] {
-        MSG m;
-        while (PeekMessageW(&m, nullptr, 0, 0, PM_REMOVE)) {
-            TranslateMessage(&m);
-            if (m.message == WM_CHAR) typed += static_cast<wchar_t>(m.wParam);
-        }
-    };
-    Press('A');
-    pump();
-    Press(VK_CAPITAL);
-    Press('B');
-    pump();
-    keybd_event(VK_SHIFT, 0, 0, 0);
-    Press('C');
-    pump();
-    keybd_event(VK_SHIFT, 0, KEYEVENTF_KEYUP, 0);
-    Press('1');
-    pump();
-    EXPECT_EQ(typed, L"aBc1");
-}
-
-TEST_F(Keyboard, WithoutFocusOnlyTheStateChanges) {
-    SetFocus(nullptr);
-    Press(VK_F24);
-    EXPECT_EQ(GetKeyState(VK_F24), 1);
-    EXPECT_TRUE(Drain().empty());
-    kiv_host::ResetForTesting();
-    EXPECT_EQ(GetKeyState(VK_F24), 0);
-}

@@ -63,12 +63,3 @@ TEST_F(Modules, SharedObjectIsLoadedByItsDeviceNameAndCounted) {
     EXPECT_FALSE(FreeLibrary(second));
     EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
 }
-
-TEST_F(Modules, MissingModuleFailsAndResetForgetsRegistrations) {
-    EXPECT_EQ(LoadLibraryW(L"NoSuchLib.dll"), nullptr);
-    EXPECT_EQ(GetLastError(), ERROR_MOD_NOT_FOUND);
-    kiv_host::RegisterModule(L"Gone", {});
-    EXPECT_NE(LoadLibraryW(L"gone.dll"), nullptr);
-    kiv_host::ResetForTesting();
-    EXPECT_EQ(LoadLibraryW(L"gone.dll"), nullptr);
-}
