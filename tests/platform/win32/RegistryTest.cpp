@@ -235,3 +235,42 @@ TEST_F(Registry, ImportsAFileAsTheDesktopRegistryEditorWritesIt) {
     EXPECT_EQ(ReadString(HKEY_CURRENT_USER, L"Software\\KIV", L"Gone"), L"<missing>");
     EXPECT_EQ(ReadString(HKEY_CURRENT_USER, L"Software\\KIV", nullptr), std::wstring(L"Default", 8));
 }
+
+TEST_F(Registry, MalformedLineIsReportedByNumberAndChangesNothingAndMissingOrUnwritableFilesFail) {
+    HKEY key = Create(HKEY_LOCAL_MACHINE, L"Kept");
+    SetDword(key, L"Value", 1);
+    RegCloseKey(key);
+    const std::string file = root.path() + "/bad.reg";
+    const struct {
+        const wchar_t* text;
+        const wchar_t* line;
+    } cases[] = {
+        {L"Windows Registry Editor Version 5.00\r\n\r\n[HKEY_LOCAL_MACHINE\\Kept]\r\n\"Value\"=dword:2\r\n"
+         L"[HKEY_LOCAL_MACHINE\\New]\r\n\"x\"=dword:123456789\r\n",
+         L"line 6:"},
+        {L"Windows Registry Editor Version 5.00\r\n[HKEY_LOCAL_MACHINE\\Kept]\r\n\"Value\"=hex:01,2g\r\n", L"line 3:"},
+        {L"Windows Registry Editor Version 5.00\r\n\"Value\"=dword:00000002\r\n", L"line 2:"},
+        {L"Windows Registry Editor Version 5.00\r\n[HKEY_NOWHERE\\Kept]\r\n", L"line 2:"},
+        {L"Windows Registry Editor Version 5.00\r\n[HKEY_LOCAL_MACHINE\\Kept]\r\n\"Value\"=\"open\r\n", L"line 3:"},
+        {L"Windows Registry Editor Version 5.00\r\n[HKEY_LOCAL_MACHINE\\Kept]\r\n\"Value\"=hex:01,\\\r\n  zz\r\n", L"line 4:"},
+        {L"Windows Registry Editor Version 5.00\r\n[HKEY_LOCAL_MACHINE\\Kept]\r\n\"Value\"=hex:01, \\\r\n  02,\\\r\n"
+         L"\r\n 03,0x\r\n",
+         L"line 6:"},
+        {L"Windows Registry Editor Version 5.00\r\n[HKEY_LOCAL_MACHINE\\Kept\r\n", L"line 2:"},
+        {L"\r\nRegistry file\r\n", L"line 2:"},
+    };
+    for (const auto& c : cases) {
+        kiv_test::WriteFileBytes(file, Utf16File(c.text));
+        std::wstring error;
+        kiv_test::LogCapture log;
+        EXPECT_FALSE(kiv_host::ImportRegistry(file, &error)) << kiv_text::ToUtf8(c.text);
+        EXPECT_EQ(error.rfind(c.line, 0), 0u) << kiv_text::ToUtf8(error);
+        EXPECT_EQ(log.count(), 1u);
+        EXPECT_EQ(ReadBytes(HKEY_LOCAL_MACHINE, L"Kept", L"Value"), (std::vector<BYTE>{1, 0, 0, 0}));
+        EXPECT_EQ(SubkeyNames(HKEY_LOCAL_MACHINE, L""), std::vector<std::wstring>{L"Kept"});
+    }
+    std::wstring error;
+    EXPECT_FALSE(kiv_host::ImportRegistry(root.path() + "/missing.reg", &error));
+    EXPECT_FALSE(error.empty());
+    EXPECT_FALSE(kiv_host::ExportRegistry(root.path() + "/no/such/folder/x.reg"));
+}

@@ -59,3 +59,31 @@ TEST_F(HistoryVerifierTest, ThousandAppendsInFiftySessionsPassAndOneChangedChara
     EXPECT_EQ(changed.failLine, LineOf(text, text.find(L"<CheckSum>", at)));
     EXPECT_EQ(changed.checks.size(), 517u);
 }
+
+TEST_F(HistoryVerifierTest, SessionAfterAShortChecksumRestartsFromZero) {
+    // A running checksum of seven hex digits: the next session cannot restore it.
+    {
+        CXMLWriter w;
+        bool created = false;
+        ASSERT_TRUE(w.Open(kDoc, created));
+        for (int i = 0; i < 20000 && !(w.GetCheckSum() < 0x10000000u && w.GetCheckSum() >= 0x1000000u); ++i)
+            w.WriteElementString(L"x", CKivStringT(std::to_wstring(i)));
+        ASSERT_LT(w.GetCheckSum(), 0x10000000u);
+        w.WriteCheckSum();
+        w.WriteEndElement();
+        w.Close();
+    }
+    {
+        CXMLWriter w;
+        bool created = false;
+        ASSERT_TRUE(w.Open(kDoc, created));
+        w.WriteElementString(L"after", L"restart");
+        w.WriteCheckSum();
+        w.WriteEndElement();
+        w.Close();
+    }
+    const auto verdict = Verify();
+    ASSERT_TRUE(verdict.ok) << kiv_text::ToUtf8(verdict.problem);
+    ASSERT_EQ(verdict.checks.size(), 2u);
+    EXPECT_EQ(verdict.checks[1].basis, kiv_history::eRestarted);
+}

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "utils/vector/VectorImageProducer.h"
+
 
 namespace {
 
@@ -19,6 +21,18 @@ QuadtreeNode nodeOver(std::shared_ptr<IRenderableBuffer> buffer) {
     node.insertBuffer(std::move(buffer));
     node.calcBBox();
     return node;
+}
+
+// Points in a row plus two lines and an arc, styles for all.
+std::shared_ptr<VectorBlob> smallPlan() {
+    VectorImageProducer producer;
+    const int dot = producer.addPointStyle(RGB(1, 2, 3));
+    const int pen = producer.addLineStyle(RGB(4, 5, 6));
+    for (int i = 0; i < 10; ++i) producer.addPoint({i * 10.0, 0.0, 0.0}, dot);
+    producer.addLine({0, 5, 0}, {90, 5, 0}, pen);               // polyline 0
+    producer.addPolyline({{0, -5, 0}, {50, -5, 0}, {50, -20, 0}}, pen);  // polyline 1
+    producer.addArc({110, 0, 0}, {100, 0, 0}, {100, 10, 0}, false, pen);  // polyline 2
+    return producer.build();
 }
 
 }  // namespace
@@ -71,4 +85,32 @@ TEST(QuadtreeSplit, CutThatLeavesAChildAsFullAsItsParentIsUndone) {
     EXPECT_EQ(node.getChild(0), nullptr);
     ASSERT_EQ(node.getBuffers().GetSize(), 1);
     EXPECT_EQ(node.getBuffers()[0], buffer);
+}
+
+TEST(QuadtreePick, FindsTheNearestOfTheAskedKindsWithinTolerance) {
+    auto blob = smallPlan();
+    auto tree = buildQuadtree(*blob);
+    Csx::CIdentityCs identity;
+    const StakeableEntities both{eStakeablePoint, eStakeableLine};
+    TPickResult result;
+
+    TCoord2d at{31.0, 1.0};
+    ASSERT_TRUE(tree->pick(at, identity, identity, 2.0, both, result));
+    EXPECT_EQ(result.kind, TPickResult::ePoint);
+    EXPECT_EQ(result.index, 3);
+    EXPECT_EQ(at.x, 30.0);  // snapped to the point
+
+    at = {31.0, 1.0};
+    ASSERT_TRUE(tree->pick(at, identity, identity, 10.0, {eStakeableLine}, result));
+    EXPECT_EQ(result.kind, TPickResult::eLine);
+    EXPECT_EQ(result.index, 0);
+    EXPECT_DOUBLE_EQ(result.distance, 4.0);
+
+    at = {100.0, 9.5};
+    ASSERT_TRUE(tree->pick(at, identity, identity, 1.0, {eStakeableLine}, result));
+    EXPECT_EQ(result.index, 2);  // the arc, as its polyline
+
+    at = {31.0, 1.0};
+    EXPECT_FALSE(tree->pick(at, identity, identity, 0.5, both, result));
+    EXPECT_FALSE(tree->pick(at, identity, identity, 5.0, {}, result));
 }

@@ -155,3 +155,17 @@ TEST(VectorBlobRoundTrip, BuiltImageLoadsInPlaceWithTheSameEntitiesAndWritesTheS
     EXPECT_EQ(kiv_test::ReadFileBytes(root.HostPath(L"\\again.vec")),
               kiv_test::ReadFileBytes(root.HostPath(L"\\site.vec")));
 }
+
+TEST(VectorBlobPointers, StylesOutsideTheImageAreRefusedNotRead) {
+    auto blob = smallSitePlan();
+    writeU32(blob->getPointsList()->record(0) + kPointStyleField, 0xFFFFFFF0u);
+    TPointStyle pointStyle;
+    EXPECT_FALSE(blob->getPointStyle(0, pointStyle));
+    EXPECT_TRUE(blob->getPointStyle(1, pointStyle));
+    EXPECT_FALSE(blob->getPointStyle(2, pointStyle));
+
+    writeU32(blob->getLinesList()->record(0) + kLinePolyLineField, 0x7FFFFFFFu);
+    TLineStyle lineStyle;
+    EXPECT_FALSE(blob->getLineStyle(0, lineStyle));
+    EXPECT_EQ(blob->getLinePolyLineIndex(0), -1);
+}
