@@ -17,6 +17,9 @@ struct SettingsOptions {
     std::string file;
     std::string path;
     std::string intValue, doubleValue, boolValue, stringValue;
+    // An empty text is a value like any other, so --string is counted when given, not
+    // when non-empty.
+    bool stringGiven = false;
 };
 
 std::string Utf8(const CKivStringT& s) { return kiv_text::ToUtf8(s.view()); }
@@ -132,7 +135,7 @@ bool ParseNumber(const std::string& text, T& value) {
 int Set(const SettingsOptions& o) {
     const auto parts = SplitPath(o.path);
     if (!ValidPath(parts, 2)) return kivutil::BadInput("give the value as group/value or group/sub/value");
-    const int kinds = !o.intValue.empty() + !o.doubleValue.empty() + !o.boolValue.empty() + !o.stringValue.empty();
+    const int kinds = !o.intValue.empty() + !o.doubleValue.empty() + !o.boolValue.empty() + o.stringGiven;
     if (kinds != 1) return kivutil::BadInput("give exactly one of --int, --double, --bool, --string");
     int i = 0;
     double d = 0;
@@ -158,6 +161,8 @@ int Set(const SettingsOptions& o) {
         std::fprintf(stderr, "kivutil: cannot write %s; check that it and its folder are writable\n", o.file.c_str());
         return kivutil::kExitFailed;
     }
+    // The settings keep an empty text as no text at all; it reads back as empty.
+    if (o.stringGiven && o.stringValue.empty()) std::printf("%s: empty text, stored as null\n", o.path.c_str());
     return kivutil::kExitOk;
 }
 
@@ -200,7 +205,13 @@ kivutil::Registration reg(30, [](CLI::App& app, std::function<int()>& run) {
     set->add_option("--int", opts->intValue, "a whole number");
     set->add_option("--double", opts->doubleValue, "a decimal number");
     set->add_option("--bool", opts->boolValue, "true or false");
-    set->add_option("--string", opts->stringValue, "a text");
+    set->add_option_function<std::string>(
+        "--string",
+        [o = opts.get()](const std::string& text) {
+            o->stringValue = text;
+            o->stringGiven = true;
+        },
+        "a text (may be empty)");
 });
 
 }  // namespace
