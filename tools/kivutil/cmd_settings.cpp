@@ -8,6 +8,7 @@
 
 #include "platform/host/TextCodec.h"
 #include "platform/kivutils/FileFuncs.h"
+#include "platform/kivutils/XmlParser.h"
 #include "tools/kivutil/Command.h"
 #include "utils/settings/XmlConfigStorage.h"
 
@@ -126,6 +127,15 @@ int Get(const SettingsOptions& o) {
     return kivutil::kExitOk;
 }
 
+int CannotWrite(const CXmlConfigStorage& storage, const std::string& file) {
+    if (storage.IsFileRefused())
+        std::fprintf(stderr, "kivutil: %s was not read (larger than %u MiB or unreadable) and is left as it is\n",
+                     file.c_str(), static_cast<unsigned>(CXmlParser::kMaxFileBytes >> 20));
+    else
+        std::fprintf(stderr, "kivutil: cannot write %s; check that it and its folder are writable\n", file.c_str());
+    return kivutil::kExitFailed;
+}
+
 template <class T>
 bool ParseNumber(const std::string& text, T& value) {
     auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
@@ -157,10 +167,7 @@ int Set(const SettingsOptions& o) {
     else if (!o.doubleValue.empty()) value.SetAsDouble(d);
     else if (!o.boolValue.empty()) value.SetAsBoolean(b);
     else value.SetAsString(Wide(o.stringValue));
-    if (!storage.Flush()) {
-        std::fprintf(stderr, "kivutil: cannot write %s; check that it and its folder are writable\n", o.file.c_str());
-        return kivutil::kExitFailed;
-    }
+    if (!storage.Flush()) return CannotWrite(storage, o.file);
     // The settings keep an empty text as no text at all; it reads back as empty.
     if (o.stringGiven && o.stringValue.empty()) std::printf("%s: empty text, stored as null\n", o.path.c_str());
     return kivutil::kExitOk;
@@ -180,10 +187,7 @@ int Delete(const SettingsOptions& o) {
         std::fprintf(stderr, "kivutil: %s holds no value or group %s\n", o.file.c_str(), o.path.c_str());
         return kivutil::kExitFailed;
     }
-    if (!storage.Flush()) {
-        std::fprintf(stderr, "kivutil: cannot write %s; check that it and its folder are writable\n", o.file.c_str());
-        return kivutil::kExitFailed;
-    }
+    if (!storage.Flush()) return CannotWrite(storage, o.file);
     return kivutil::kExitOk;
 }
 
