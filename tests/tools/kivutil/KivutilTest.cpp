@@ -1,31 +1,13 @@
-// kivutil settings, run as a user runs it: the binary, its exit status and its output.
+// kivutil settings and history, run as a user runs them: exit status and output.
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <string>
 
 #include "tests/support/TestSupport.h"
+#include "tests/tools/kivutil/RunKivutil.h"
 
-namespace {
-
-struct ToolRun {
-    int status = -1;
-    std::string out;
-};
-
-// Runs kivutil with `args` (already quoted for the shell); stderr joins stdout.
-ToolRun Kivutil(const std::string& args) {
-    ToolRun run;
-    FILE* pipe = ::popen((std::string(KIVUTIL_EXE) + " " + args + " 2>&1").c_str(), "r");
-    if (pipe == nullptr) return run;
-    char buffer[256];
-    while (std::fgets(buffer, sizeof buffer, pipe) != nullptr) run.out += buffer;
-    const int status = ::pclose(pipe);
-    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return run;
-}
-
-}  // namespace
+using kivutil_test::Kivutil;
+using kivutil_test::ToolRun;
 
 TEST(KivutilSettings, AnEmptyTextIsWrittenAndSaidToBeStoredAsNull) {
     kiv_test::TempDeviceRoot root;
@@ -41,4 +23,15 @@ TEST(KivutilSettings, AnEmptyTextIsWrittenAndSaidToBeStoredAsNull) {
     const ToolRun both = Kivutil("settings set " + file + " Job/Code --string '' --int 3");
     EXPECT_EQ(both.status, 2);
     EXPECT_EQ(both.out, "kivutil: give exactly one of --int, --double, --bool, --string\n");
+}
+
+TEST(KivutilHistory, AnExistingFileThatIsNoHistoryIsLeftAlone) {
+    kiv_test::TempDeviceRoot root;
+    const std::string host = root.path() + "/notes.xml";
+    for (const std::string content : {"", "hello"}) {
+        kiv_test::WriteFileBytes(host, content);
+        const ToolRun run = Kivutil("history append '" + host + "' Point P1");
+        EXPECT_EQ(run.status, 2) << run.out;
+        EXPECT_EQ(kiv_test::ReadFileBytes(host), content);
+    }
 }
