@@ -2,8 +2,6 @@
 // read outside the input or crash; then to the history writer as an existing file,
 // which must keep it byte for byte when nothing is written, and every byte before the
 // place it may continue from when a session is appended.
-#include <stdlib.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <fstream>
@@ -11,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "fuzz/ScratchFolder.h"
 #include "platform/host/TextCodec.h"
 #include "utils/settings/HistoryVerifier.h"
 #include "utils/settings/XMLWriter.h"
@@ -18,11 +17,9 @@
 namespace {
 
 const std::string& FilePath() {
-    static const std::string path = [] {
-        char folder[] = "/tmp/kiv_fuzz_history_XXXXXX";
-        return std::string(mkdtemp(folder) ? folder : "/tmp") + "/history.xml";
-    }();
-    return path;
+    static ScratchFolder scratch("kivfuzz-history");
+    static const std::string file = (scratch.ready() ? scratch.path() : std::string("/tmp")) + "/history.xml";
+    return file;
 }
 
 void Put(const std::string& bytes) {
