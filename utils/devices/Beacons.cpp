@@ -59,6 +59,15 @@ void Store(TBeacon& working, CKivArray<TBeacon*>& beacons) {
     working.Reset();
 }
 
+// A name starts the next record. An empty name changes nothing: the fields after it
+// still fill the beacon before, which the lists rely on where a name line is blank.
+void StartRecord(const CKivStringT& name, TBeacon& working, bool& pending, CKivArray<TBeacon*>& beacons) {
+    if (name.IsEmpty()) return;
+    if (pending) Store(working, beacons);
+    working.name = name;
+    pending = true;
+}
+
 }  // namespace
 
 bool LoadBeaconsFile(CKivStringT path, CKivArray<TBeacon*>& beacons) {
@@ -72,20 +81,14 @@ bool LoadBeaconsFile(CKivStringT path, CKivArray<TBeacon*>& beacons) {
         // "Status:", "Antenna Location:" and "Country:", none after the other two.
         int p;
         if ((p = line.Find(L"<BR><B>")) >= 0) {
-            if (pending) Store(working, beacons);
             const int end = line.Find(L"</");
             const int first = p + 7;
             // A heading without its closing tag runs to the end of the line.
-            working.name = end < 0 ? line.Mid(first) : line.Mid(first, end - first);
-            working.name.Trim();
-            pending = !working.name.IsEmpty();
+            CKivStringT name = end < 0 ? line.Mid(first) : line.Mid(first, end - first);
+            StartRecord(name.Trim(), working, pending, beacons);
         } else if (line.Find(L"Name:") >= 0) {
-            // The name line starts with its marker; its position is not looked at. An
-            // empty name leaves `pending` as it was, so the fields that follow still fill
-            // the beacon before.
-            if (pending) Store(working, beacons);
-            working.name = Rest(line, 5);
-            pending = !working.name.IsEmpty();
+            // The name line starts with its marker; its position is not looked at.
+            StartRecord(Rest(line, 5), working, pending, beacons);
         } else if ((p = line.Find(L"Status:")) >= 0) {
             working.status = Rest(line, p + 8);
         } else if ((p = line.Find(L"Transmission Rate:")) >= 0) {
