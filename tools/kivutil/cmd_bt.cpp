@@ -47,9 +47,11 @@ struct Findings {
 
 std::string Why(const Findings& f, int n) {
     const ECommPort socket = f.socket[n], internal = f.internal[n];
-    if (f.newInternal)
-        return socket ? "the internal driver is running, and the Socket stack's port comes first"
-                      : "the internal driver is running and the Socket stack has no port: the driver's port";
+    if (f.newInternal) {
+        if (socket) return "the internal driver is running, and the Socket stack's port comes first";
+        return internal ? "the internal driver is running and the Socket stack has no port: the driver's port"
+                        : "the internal driver is running, but neither it nor the Socket stack has this port";
+    }
     if (f.useInternal) {
         if (f.internalPresent && internal) return "internal Bluetooth is chosen in the settings: the internal driver's port";
         if (kiv_platform::IsTarvoOld()) return "internal Bluetooth is chosen on the older model: the port BtConfig.ini names";
@@ -72,7 +74,11 @@ int RunPorts(const BtOptions& o) {
     }
     if (!o.registry.empty()) {
         std::wstring error;
-        if (!kiv_host::ImportRegistry(o.registry, &error)) {
+        // The import's own warning would repeat the one line said below.
+        kiv_host::SetLogSink([](const kiv_host::LogEntry&) {});
+        const bool imported = kiv_host::ImportRegistry(o.registry, &error);
+        kiv_host::SetLogSink(nullptr);
+        if (!imported) {
             std::fprintf(stderr, "kivutil: cannot import %s: %s\n", o.registry.c_str(),
                          error.empty() ? "the file cannot be read" : kiv_text::ToUtf8(error).c_str());
             return kivutil::kExitFailed;
