@@ -10,8 +10,11 @@
 #include "platform/host/TextCodec.h"
 #include "utils/devices/BluetoothRegistry.h"
 
+// Memory-backed where the host has it: every run writes the file anew.
+static std::string ScratchFolder() { return ::access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp"; }
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static const std::string path = "/tmp/kiv-fuzz-btconfig-" + std::to_string(::getpid()) + ".ini";
+    static const std::string path = ScratchFolder() + "/kiv-fuzz-btconfig-" + std::to_string(::getpid()) + ".ini";
     static const std::wstring widePath = kiv_text::FromUtf8(path);
     FILE* f = std::fopen(path.c_str(), "wb");
     if (!f) return 0;
