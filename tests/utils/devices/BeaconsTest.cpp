@@ -126,21 +126,6 @@ TEST(BeaconPosition, ThreeSpellingsAndTheirLimits) {
     EXPECT_FALSE(b.GetPosition(lat, lon));
 }
 
-TEST(BeaconRecord, CopiesAndResetKeepsTheCountry) {
-    TBeacon a;
-    a.country = L"Chile";
-    a.name = L"Uno";
-    a.transmissionRate = L"100";
-    TBeacon b(a), c;
-    c.SetEqual(a);
-    EXPECT_EQ(b.name, L"Uno");
-    EXPECT_EQ(c.transmissionRate, L"100");
-    a.Reset();
-    EXPECT_EQ(a.country, L"Chile");
-    EXPECT_EQ(a.name, L"");
-    EXPECT_EQ(a.transmissionRate, L"");
-}
-
 TEST(OmnistarNames, ReportedNamesAndShownNamesAreNotInverse) {
     EXPECT_EQ(OmniStarSatNameToEnum(L"AMSC_EAST"), eOmniAmscEast);  // not MSC_E, tested later
     EXPECT_EQ(OmniStarSatNameToEnum(L"XMSC_E1"), eOmniMsvEast);
@@ -151,10 +136,7 @@ TEST(OmnistarNames, ReportedNamesAndShownNamesAreNotInverse) {
     EXPECT_EQ(OmniStarSatNameToEnum(L"IORH"), eOmniUserDefined);
     EXPECT_EQ(OmniStarSatNameToEnum(L"ea_sat"), eOmniUserDefined);  // case matters
 
-    EXPECT_EQ(OmniStarEnumToSatName(eOmniApAmSat), L"AP_SAT;AM_SAT Lon 108E;97W");
-    EXPECT_EQ(OmniStarEnumToSatName(eOmniAfSat), L"AF Sat");
-    EXPECT_EQ(OmniStarEnumToSatName(eOmniOcsat), L"OCSAT");
-    EXPECT_EQ(OmniStarEnumToSatName(eOmniUserDefined), L"User Defined");
+    EXPECT_EQ(OmniStarEnumToSatName(eOmniOcsat), L"OCSAT");  // shown, never recognised
     EXPECT_EQ(OmniStarEnumToSatName(static_cast<OmnistarSats>(4)), L"");
     EXPECT_EQ(OmniStarEnumToSatName(static_cast<OmnistarSats>(23)), L"");
 }

