@@ -51,16 +51,8 @@ CWinThread* thread = nullptr;
 void Log(const wchar_t* text) { kiv_err_log("TicTimer", __LINE__, text); }
 
 // One pass over the table: count down every live timer and post to those that are due.
-// The scan ends after as many occupied slots as there are timers. The due messages are
-// posted together at the end of the scan, still under the lock and in table order: a
-// tight burst lets the receiving thread find them queued in one wake-up rather than
-// being woken for each, which is most of what a pass costs.
+// The scan ends after as many occupied slots as there are timers.
 void Tick(TicTimer& t) {
-    struct Due {
-        HWND window;
-        UINT id;
-    } due[kSlots];
-    int dueCount = 0;
     CSingleLock guard(&t.lock, TRUE);
     int remaining = t.active;
     for (Slot& slot : t.slots) {
@@ -71,7 +63,7 @@ void Tick(TicTimer& t) {
             // wraps and never fires. Kept: screens rely on such a timer staying silent.
             if (--slot.countdown == 0) {
                 slot.countdown = slot.reload;
-                due[dueCount++] = {slot.window, slot.id};
+                PostMessageW(slot.window, WM_TIC_TIMER, slot.id, 0);
             }
         } else {
             // The window went without killing its timers.
@@ -80,7 +72,6 @@ void Tick(TicTimer& t) {
         }
         --remaining;
     }
-    for (int i = 0; i < dueCount; ++i) PostMessageW(due[i].window, WM_TIC_TIMER, due[i].id, 0);
 }
 
 void SignalNamed(const wchar_t* name) {
