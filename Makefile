@@ -35,7 +35,7 @@ sanitize: deps
 	    ctest --output-on-failure -j $(JOBS)
 
 # The platform's threads, events, message queues and registry under ThreadSanitizer.
-TSAN_TESTS = test_platform_win32 test_platform_mfc
+TSAN_TESTS = test_platform_win32 test_platform_mfc test_utils_runtime
 tsan: deps
 	cmake -S . -B build-tsan -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKIV_WERROR=ON \
 	      -DKIV_BUILD_BENCH=OFF -DKIV_BUILD_TOOLS=OFF \

@@ -1,6 +1,11 @@
 // Umbrella header of the utils library: every public header of every subsystem.
 #pragma once
 
+#include "utils/devices/Beacons.h"
+#include "utils/devices/BluetoothRegistry.h"
+#include "utils/devices/LumaroParams.h"
+#include "utils/devices/SSRadioPower.h"
+#include "utils/runtime/TicTimer.h"
 #include "utils/settings/AppStrPaths.h"
 #include "utils/settings/CRC16.h"
 #include "utils/settings/ColumnSettings.h"
