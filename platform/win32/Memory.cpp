@@ -255,12 +255,14 @@ LPVOID MapViewOfFile(HANDLE mapping, DWORD desiredAccess, DWORD fileOffsetHigh, 
 
     int protection = PROT_READ;
     int flags = MAP_SHARED;
-    if (desiredAccess & FILE_MAP_COPY) {
-        protection |= PROT_WRITE;
-        flags = MAP_PRIVATE;
-    } else if (desiredAccess & FILE_MAP_WRITE) {
+    // FILE_MAP_ALL_ACCESS holds the copy bit too; only without write access does it
+    // ask for a copy-on-write view.
+    if ((desiredAccess & FILE_MAP_WRITE) || desiredAccess == FILE_MAP_ALL_ACCESS) {
         if (core.protect != PAGE_READWRITE) return Failed(ERROR_ACCESS_DENIED, static_cast<LPVOID>(nullptr));
         protection |= PROT_WRITE;
+    } else if (desiredAccess & FILE_MAP_COPY) {
+        protection |= PROT_WRITE;
+        flags = MAP_PRIVATE;
     } else if (!(desiredAccess & FILE_MAP_READ)) {
         return Failed(ERROR_INVALID_PARAMETER, static_cast<LPVOID>(nullptr));
     }

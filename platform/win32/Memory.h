@@ -41,8 +41,8 @@ constexpr DWORD kFileMappingGranularity = 0x10000;
 // (ERROR_FILE_INVALID). A PAGE_READWRITE mapping larger than its file makes the file that
 // long; a read-only or copy-on-write one cannot (ERROR_NOT_ENOUGH_MEMORY). The mapping
 // keeps the file open after `file` is closed, and so keeps its share mode. A named
-// mapping is shared process-wide: an existing name returns a new handle to that mapping
-// with ERROR_ALREADY_EXISTS.
+// mapping is shared process-wide while any handle or view of it lives: an existing name
+// returns a new handle to that mapping with ERROR_ALREADY_EXISTS.
 HANDLE CreateFileMappingW(HANDLE file, LPSECURITY_ATTRIBUTES attributes, DWORD protect, DWORD maximumSizeHigh,
                           DWORD maximumSizeLow, LPCWSTR name);
 // A new handle to the named mapping; null and ERROR_FILE_NOT_FOUND when there is none.
