@@ -144,6 +144,39 @@ using kiv_win32::detail::ThreadContext;
 using kiv_win32::detail::ThreadCancelled;
 using kiv_win32::detail::WaitPoint;
 
+// ---- names ----------------------------------------------------------------------------
+
+namespace {
+
+// The process-wide names of one kind of object (events, mutexes). A name lives as long as
+// some handle holds its object; expired names are swept as the table grows, so the sweep
+// costs amortised constant time per creation. Callers hold `lock`.
+template <class Core>
+struct NameTable {
+    explicit NameTable(const char* resetKey) {
+        kiv_host::AddResetHook(resetKey, [this] {
+            std::lock_guard g(lock);
+            names.clear();
+        });
+    }
+    std::shared_ptr<Core> Find(const std::wstring& name) const {
+        auto it = names.find(name);
+        return it == names.end() ? nullptr : it->second.lock();
+    }
+    void Remember(const std::wstring& name, const std::shared_ptr<Core>& core) {
+        names[name] = core;
+        if (names.size() < sweepAt) return;
+        std::erase_if(names, [](const auto& entry) { return entry.second.expired(); });
+        sweepAt = std::max<size_t>(64, names.size() * 2);
+    }
+
+    std::mutex lock;
+    std::unordered_map<std::wstring, std::weak_ptr<Core>> names;
+    size_t sweepAt = 64;
+};
+
+}  // namespace
+
 // ---- events ---------------------------------------------------------------------------
 
 namespace {
@@ -235,36 +268,11 @@ private:
     std::shared_ptr<EventCore> core_;
 };
 
-// Names live as long as some handle holds the event; expired names are swept as the
-// table grows, so the sweep costs amortised constant time per creation.
-struct EventNames {
-    std::mutex lock;
-    std::unordered_map<std::wstring, std::weak_ptr<EventCore>> names;
-    size_t sweepAt = 64;
-};
+using EventNames = NameTable<EventCore>;
 
 EventNames& Names() {
-    static EventNames* names = [] {
-        kiv_host::AddResetHook("win32.events", [] {
-            std::lock_guard g(Names().lock);
-            Names().names.clear();
-        });
-        return new EventNames;
-    }();
+    static auto* names = new EventNames("win32.events");
     return *names;
-}
-
-std::shared_ptr<EventCore> FindNamed(const std::wstring& name) {
-    auto it = Names().names.find(name);
-    return it == Names().names.end() ? nullptr : it->second.lock();
-}
-
-void Remember(const std::wstring& name, const std::shared_ptr<EventCore>& core) {
-    auto& table = Names();
-    table.names[name] = core;
-    if (table.names.size() < table.sweepAt) return;
-    std::erase_if(table.names, [](const auto& entry) { return entry.second.expired(); });
-    table.sweepAt = std::max<size_t>(64, table.names.size() * 2);
 }
 
 std::shared_ptr<EventHandle> FindEvent(HANDLE handle) {
@@ -297,13 +305,13 @@ HANDLE CreateEventW(LPSECURITY_ATTRIBUTES, BOOL manualReset, BOOL initialState, 
     bool existed = false;
     if (name && *name) {
         std::lock_guard g(Names().lock);
-        core = FindNamed(name);
+        core = Names().Find(name);
         existed = core != nullptr;
         if (!core) {
             core = std::make_shared<EventCore>();
             core->manualReset = manualReset != FALSE;
             core->signalled = initialState != FALSE;
-            Remember(name, core);
+            Names().Remember(name, core);
         }
     } else {
         core = std::make_shared<EventCore>();
@@ -323,7 +331,7 @@ HANDLE OpenEventW(DWORD, BOOL, LPCWSTR name) {
     std::shared_ptr<EventCore> core;
     {
         std::lock_guard g(Names().lock);
-        core = FindNamed(name);
+        core = Names().Find(name);
     }
     if (!core) {
         SetLastError(ERROR_FILE_NOT_FOUND);
@@ -399,20 +407,8 @@ private:
     std::shared_ptr<MutexCore> core_;
 };
 
-struct MutexNames {
-    std::mutex lock;
-    std::unordered_map<std::wstring, std::weak_ptr<MutexCore>> names;
-    size_t sweepAt = 64;
-};
-
-MutexNames& NamedMutexes() {
-    static MutexNames* names = [] {
-        kiv_host::AddResetHook("win32.mutexes", [] {
-            std::lock_guard g(NamedMutexes().lock);
-            NamedMutexes().names.clear();
-        });
-        return new MutexNames;
-    }();
+NameTable<MutexCore>& NamedMutexes() {
+    static auto* names = new NameTable<MutexCore>("win32.mutexes");
     return *names;
 }
 
@@ -434,17 +430,11 @@ HANDLE CreateMutexW(LPSECURITY_ATTRIBUTES, BOOL initialOwner, LPCWSTR name) {
     if (name && *name) {
         auto& table = NamedMutexes();
         std::lock_guard g(table.lock);
-        auto it = table.names.find(name);
-        if (it != table.names.end()) core = it->second.lock();
+        core = table.Find(name);
         existed = core != nullptr;
         if (!core) {
             core = make();
-            table.names[name] = core;
-            // Expired names are swept as the table grows, at amortised constant cost.
-            if (table.names.size() >= table.sweepAt) {
-                std::erase_if(table.names, [](const auto& entry) { return entry.second.expired(); });
-                table.sweepAt = std::max<size_t>(64, table.names.size() * 2);
-            }
+            table.Remember(name, core);
         }
     } else {
         core = make();
@@ -462,8 +452,7 @@ HANDLE OpenMutexW(DWORD, BOOL, LPCWSTR name) {
     std::shared_ptr<MutexCore> core;
     {
         std::lock_guard g(NamedMutexes().lock);
-        auto it = NamedMutexes().names.find(name);
-        if (it != NamedMutexes().names.end()) core = it->second.lock();
+        core = NamedMutexes().Find(name);
     }
     if (!core) {
         SetLastError(ERROR_FILE_NOT_FOUND);

@@ -1,11 +1,10 @@
 // The event wrapper through real threads: one waiter per Set for auto-reset, all for
-// manual reset, timeouts, and the shared named event.
+// manual reset, and timeouts.
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <vector>
 
-#include "tests/support/TestSupport.h"
 #include "utils/runtime/KivEvent.h"
 
 namespace {
@@ -62,16 +61,6 @@ TEST(KivEvent, ManualResetStaysSetForEveryWaiterUntilReset) {
     EXPECT_TRUE(event.Wait(0));
     event.Reset();
     EXPECT_FALSE(event.Wait(0));
-}
-
-TEST(KivEvent, NamedEventIsSharedAndKeepsItsFirstResetMode) {
-    kiv_test::TempDeviceRoot root;
-    CKivEvent first(CKivEvent::eManualReset, false, L"survey done");
-    CKivEvent second(CKivEvent::eAutoReset, false, L"survey done");
-    EXPECT_TRUE(second.AlreadyExisted());
-    first.Set();
-    EXPECT_TRUE(second.Wait(0));
-    EXPECT_TRUE(second.Wait(0)) << "still manual reset: the second opener's mode is ignored";
 }
 
 }  // namespace

@@ -72,16 +72,4 @@ TEST_F(KivMappedFileTest, CopyOnWriteChangesStayInMemoryAndReadersKeepWritersOff
     EXPECT_TRUE(writer.Open(path.c_str(), CKivMappedFile::eReadWrite)) << "closing lets the writers in";
 }
 
-TEST_F(KivMappedFileTest, RefusesWhatCannotBeMapped) {
-    kiv_test::WriteFileBytes(root.HostPath(L"\\empty.bin"), "");
-    CKivMappedFile file;
-    EXPECT_FALSE(file.Open(L"\\empty.bin", CKivMappedFile::eReadOnly));
-    EXPECT_EQ(file.GetError(), ERROR_FILE_INVALID);
-    EXPECT_FALSE(file.Open(L"\\none.bin", CKivMappedFile::eReadOnly));
-    EXPECT_EQ(file.GetError(), ERROR_FILE_NOT_FOUND);
-    EXPECT_FALSE(file.Open(L"\\empty.bin", CKivMappedFile::eReadOnly, 100)) << "only a writer can grow a file";
-    EXPECT_FALSE(file.IsOpen());
-    EXPECT_EQ(file.GetData(), nullptr);
-}
-
 }  // namespace
