@@ -34,7 +34,8 @@ sanitize: deps
 	cd build-sanitize && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
 	    ctest --output-on-failure -j $(JOBS)
 
-# The platform's threads, events, message queues and registry under ThreadSanitizer.
+# The platform's threads, events, mutexes, message queues and registry, and the runtime
+# services and the tick timer built on them, under ThreadSanitizer.
 TSAN_TESTS = test_platform_win32 test_platform_mfc test_utils_runtime
 tsan: deps
 	cmake -S . -B build-tsan -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKIV_WERROR=ON \

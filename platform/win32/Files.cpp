@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -17,6 +18,7 @@
 #include <thread>
 
 #include "platform/host/Host.h"
+#include "platform/win32/FileObject.h"
 
 namespace {
 
@@ -196,14 +198,7 @@ struct OpenRequest {
     bool append = false;
 };
 
-class FileObject : public kiv_win32::HandleObject {
-public:
-    FileObject(int fd, bool reads, bool writes) : fd(fd), reads(reads), writes(writes) {}
-    ~FileObject() override { ::close(fd); }
-    const int fd;
-    const bool reads;
-    const bool writes;
-};
+using kiv_win32::detail::FileObject;
 
 std::shared_ptr<FileObject> FindFile(HANDLE handle) {
     auto file = kiv_win32::FindHandleAs<FileObject>(handle);
@@ -576,4 +571,58 @@ FILE* _wfopen(const wchar_t* fileName, const wchar_t* mode) {
         return Fail(ERROR_NOT_ENOUGH_MEMORY, static_cast<FILE*>(nullptr));
     }
     return stream;
+}
+
+namespace {
+
+// FILETIME counts 100-nanosecond intervals since 1601-01-01 UTC; the host counts from 1970.
+constexpr std::uint64_t kFileTimeOf1970 = 116444736000000000ull;
+
+FILETIME FileTimeOf(const struct timespec& at) {
+    const std::uint64_t ticks = kFileTimeOf1970 + static_cast<std::uint64_t>(at.tv_sec) * 10000000ull +
+                                static_cast<std::uint64_t>(at.tv_nsec) / 100;
+    return FILETIME{static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
+}
+
+}  // namespace
+
+BOOL GetDiskFreeSpaceExW(LPCWSTR directoryName, PULARGE_INTEGER freeBytesAvailableToCaller,
+                         PULARGE_INTEGER totalNumberOfBytes, PULARGE_INTEGER totalNumberOfFreeBytes) {
+    if (directoryName && !*directoryName) return Fail(ERROR_PATH_NOT_FOUND, FALSE);
+    if (directoryName) EnsureDeviceRoot(directoryName);
+    const std::string host = directoryName ? kiv_host::ToHostPath(directoryName) : std::string(".");
+    struct statvfs volume;
+    if (::statvfs(host.c_str(), &volume) != 0) return Fail(ErrorFromErrno(errno, host), FALSE);
+    const std::uint64_t unit = volume.f_frsize ? volume.f_frsize : volume.f_bsize;
+    if (freeBytesAvailableToCaller) freeBytesAvailableToCaller->QuadPart = unit * volume.f_bavail;
+    if (totalNumberOfBytes) totalNumberOfBytes->QuadPart = unit * volume.f_blocks;
+    if (totalNumberOfFreeBytes) totalNumberOfFreeBytes->QuadPart = unit * volume.f_bfree;
+    return TRUE;
+}
+
+BOOL GetFileAttributesExW(LPCWSTR fileName, GET_FILEEX_INFO_LEVELS infoLevel, LPVOID fileInformation) {
+    if (!fileName || !fileInformation || infoLevel != GetFileExInfoStandard) {
+        return Fail(ERROR_INVALID_PARAMETER, FALSE);
+    }
+    if (!*fileName) return Fail(ERROR_PATH_NOT_FOUND, FALSE);
+    const std::string host = kiv_host::ToHostPath(fileName);
+    struct statx st;
+    if (::statx(AT_FDCWD, host.c_str(), 0, STATX_BASIC_STATS | STATX_BTIME, &st) != 0) {
+        return Fail(ErrorFromErrno(errno, host), FALSE);
+    }
+    struct stat basic {};
+    basic.st_mode = st.stx_mode;  // all that the attributes are made of
+    auto* data = static_cast<WIN32_FILE_ATTRIBUTE_DATA*>(fileInformation);
+    data->dwFileAttributes = AttributesOf(host, basic);
+    const auto timeOf = [](const struct statx_timestamp& t) {
+        return FileTimeOf(timespec{static_cast<time_t>(t.tv_sec), static_cast<long>(t.tv_nsec)});
+    };
+    data->ftLastWriteTime = timeOf(st.stx_mtime);
+    data->ftLastAccessTime = timeOf(st.stx_atime);
+    // File systems that keep no birth time give the last change of the file instead.
+    data->ftCreationTime = (st.stx_mask & STATX_BTIME) ? timeOf(st.stx_btime) : timeOf(st.stx_ctime);
+    const std::uint64_t size = S_ISDIR(st.stx_mode) ? 0 : st.stx_size;  // folders have no size of their own
+    data->nFileSizeHigh = static_cast<DWORD>(size >> 32);
+    data->nFileSizeLow = static_cast<DWORD>(size);
+    return TRUE;
 }

@@ -83,3 +83,27 @@ BOOL RemoveDirectoryW(LPCWSTR pathName);
 // The CRT's wide fopen. Streams are always binary ("t" is accepted and ignored) and
 // share like the CRT's default: reading and writing allowed to others.
 FILE* _wfopen(const wchar_t* fileName, const wchar_t* mode);
+
+// ---- volumes and file information -----------------------------------------------------------
+
+// Any path on the volume, a file or a folder (device path, host path, or null for the
+// current folder's volume): the bytes free to the caller, the volume's size and the bytes
+// free in all. Any of the three results may be null.
+BOOL GetDiskFreeSpaceExW(LPCWSTR directoryName, PULARGE_INTEGER freeBytesAvailableToCaller,
+                         PULARGE_INTEGER totalNumberOfBytes, PULARGE_INTEGER totalNumberOfFreeBytes);
+
+enum GET_FILEEX_INFO_LEVELS { GetFileExInfoStandard, GetFileExMaxInfoLevel };
+
+struct WIN32_FILE_ATTRIBUTE_DATA {
+    DWORD dwFileAttributes;
+    FILETIME ftCreationTime;
+    FILETIME ftLastAccessTime;
+    FILETIME ftLastWriteTime;
+    DWORD nFileSizeHigh;
+    DWORD nFileSizeLow;
+};
+using LPWIN32_FILE_ATTRIBUTE_DATA = WIN32_FILE_ATTRIBUTE_DATA*;
+
+// GetFileExInfoStandard only. Times are UTC; a folder's size is 0. Where the host's file
+// system keeps no creation time, the time of the file's last change stands in for it.
+BOOL GetFileAttributesExW(LPCWSTR fileName, GET_FILEEX_INFO_LEVELS infoLevel, LPVOID fileInformation);

@@ -13,6 +13,8 @@
 #include <string>
 #include <thread>
 #include <unordered_map>
+#include <utility>
+#include <vector>
 
 #include "platform/host/Host.h"
 #include "platform/win32/ThreadContext.h"
@@ -142,6 +144,39 @@ using kiv_win32::detail::ThreadContext;
 using kiv_win32::detail::ThreadCancelled;
 using kiv_win32::detail::WaitPoint;
 
+// ---- names ----------------------------------------------------------------------------
+
+namespace {
+
+// The process-wide names of one kind of object (events, mutexes). A name lives as long as
+// some handle holds its object; expired names are swept as the table grows, so the sweep
+// costs amortised constant time per creation. Callers hold `lock`.
+template <class Core>
+struct NameTable {
+    explicit NameTable(const char* resetKey) {
+        kiv_host::AddResetHook(resetKey, [this] {
+            std::lock_guard g(lock);
+            names.clear();
+        });
+    }
+    std::shared_ptr<Core> Find(const std::wstring& name) const {
+        auto it = names.find(name);
+        return it == names.end() ? nullptr : it->second.lock();
+    }
+    void Remember(const std::wstring& name, const std::shared_ptr<Core>& core) {
+        names[name] = core;
+        if (names.size() < sweepAt) return;
+        std::erase_if(names, [](const auto& entry) { return entry.second.expired(); });
+        sweepAt = std::max<size_t>(64, names.size() * 2);
+    }
+
+    std::mutex lock;
+    std::unordered_map<std::wstring, std::weak_ptr<Core>> names;
+    size_t sweepAt = 64;
+};
+
+}  // namespace
+
 // ---- events ---------------------------------------------------------------------------
 
 namespace {
@@ -233,36 +268,11 @@ private:
     std::shared_ptr<EventCore> core_;
 };
 
-// Names live as long as some handle holds the event; expired names are swept as the
-// table grows, so the sweep costs amortised constant time per creation.
-struct EventNames {
-    std::mutex lock;
-    std::unordered_map<std::wstring, std::weak_ptr<EventCore>> names;
-    size_t sweepAt = 64;
-};
+using EventNames = NameTable<EventCore>;
 
 EventNames& Names() {
-    static EventNames* names = [] {
-        kiv_host::AddResetHook("win32.events", [] {
-            std::lock_guard g(Names().lock);
-            Names().names.clear();
-        });
-        return new EventNames;
-    }();
+    static auto* names = new EventNames("win32.events");
     return *names;
-}
-
-std::shared_ptr<EventCore> FindNamed(const std::wstring& name) {
-    auto it = Names().names.find(name);
-    return it == Names().names.end() ? nullptr : it->second.lock();
-}
-
-void Remember(const std::wstring& name, const std::shared_ptr<EventCore>& core) {
-    auto& table = Names();
-    table.names[name] = core;
-    if (table.names.size() < table.sweepAt) return;
-    std::erase_if(table.names, [](const auto& entry) { return entry.second.expired(); });
-    table.sweepAt = std::max<size_t>(64, table.names.size() * 2);
 }
 
 std::shared_ptr<EventHandle> FindEvent(HANDLE handle) {
@@ -295,13 +305,13 @@ HANDLE CreateEventW(LPSECURITY_ATTRIBUTES, BOOL manualReset, BOOL initialState, 
     bool existed = false;
     if (name && *name) {
         std::lock_guard g(Names().lock);
-        core = FindNamed(name);
+        core = Names().Find(name);
         existed = core != nullptr;
         if (!core) {
             core = std::make_shared<EventCore>();
             core->manualReset = manualReset != FALSE;
             core->signalled = initialState != FALSE;
-            Remember(name, core);
+            Names().Remember(name, core);
         }
     } else {
         core = std::make_shared<EventCore>();
@@ -321,7 +331,7 @@ HANDLE OpenEventW(DWORD, BOOL, LPCWSTR name) {
     std::shared_ptr<EventCore> core;
     {
         std::lock_guard g(Names().lock);
-        core = FindNamed(name);
+        core = Names().Find(name);
     }
     if (!core) {
         SetLastError(ERROR_FILE_NOT_FOUND);
@@ -334,6 +344,143 @@ BOOL EventModify(HANDLE event, DWORD action) { return Change(event, action); }
 BOOL SetEvent(HANDLE event) { return Change(event, EVENT_SET); }
 BOOL ResetEvent(HANDLE event) { return Change(event, EVENT_RESET); }
 BOOL PulseEvent(HANDLE event) { return Change(event, EVENT_PULSE); }
+
+// ---- mutexes -----------------------------------------------------------------------------
+
+namespace {
+
+// Guarded by point->lock. `abandoned` is handed to the next thread that takes the mutex.
+struct MutexCore {
+    std::shared_ptr<WaitPoint> point = std::make_shared<WaitPoint>();
+    DWORD owner = 0;
+    unsigned depth = 0;
+    bool abandoned = false;
+};
+
+// The mutexes the calling thread owns. Only the owner adds or removes its entries, so the
+// list needs no lock; its destructor runs as the thread ends, however it ends (returning,
+// ExitThread, TerminateThread, or a thread this subset did not create), and abandons
+// whatever is still owned.
+struct OwnedMutexes {
+    std::vector<std::shared_ptr<MutexCore>> cores;
+    ~OwnedMutexes() {
+        for (auto& core : cores) {
+            {
+                std::lock_guard g(core->point->lock);
+                core->owner = 0;
+                core->depth = 0;
+                core->abandoned = true;
+            }
+            core->point->changed.notify_all();
+        }
+    }
+};
+thread_local OwnedMutexes ownedMutexes;
+
+class MutexHandle : public kiv_win32::HandleObject {
+public:
+    explicit MutexHandle(std::shared_ptr<MutexCore> core) : core_(std::move(core)) {}
+    MutexCore& core() { return *core_; }
+
+    DWORD Wait(DWORD milliseconds) override {
+        MutexCore& m = *core_;
+        const DWORD self = kiv_win32::detail::CurrentThread().id;
+        std::unique_lock held(m.point->lock);
+        bool abandoned = false;
+        const bool taken = BlockUntil(m.point, held, milliseconds, [&] {
+            if (m.owner == self) {
+                ++m.depth;
+                return true;
+            }
+            if (m.owner != 0) return false;
+            m.owner = self;
+            m.depth = 1;
+            abandoned = std::exchange(m.abandoned, false);
+            ownedMutexes.cores.push_back(core_);
+            return true;
+        });
+        if (!taken) return WAIT_TIMEOUT;
+        return abandoned ? WAIT_ABANDONED : WAIT_OBJECT_0;
+    }
+
+private:
+    std::shared_ptr<MutexCore> core_;
+};
+
+NameTable<MutexCore>& NamedMutexes() {
+    static auto* names = new NameTable<MutexCore>("win32.mutexes");
+    return *names;
+}
+
+}  // namespace
+
+HANDLE CreateMutexW(LPSECURITY_ATTRIBUTES, BOOL initialOwner, LPCWSTR name) {
+    // A new mutex is owned before anybody else can reach it through its name.
+    auto make = [initialOwner] {
+        auto core = std::make_shared<MutexCore>();
+        if (initialOwner) {
+            core->owner = kiv_win32::detail::CurrentThread().id;
+            core->depth = 1;
+            ownedMutexes.cores.push_back(core);
+        }
+        return core;
+    };
+    std::shared_ptr<MutexCore> core;
+    bool existed = false;
+    if (name && *name) {
+        auto& table = NamedMutexes();
+        std::lock_guard g(table.lock);
+        core = table.Find(name);
+        existed = core != nullptr;
+        if (!core) {
+            core = make();
+            table.Remember(name, core);
+        }
+    } else {
+        core = make();
+    }
+    HANDLE handle = kiv_win32::AddHandle(std::make_shared<MutexHandle>(std::move(core)));
+    SetLastError(existed ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
+    return handle;
+}
+
+HANDLE OpenMutexW(DWORD, BOOL, LPCWSTR name) {
+    if (!name || !*name) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return nullptr;
+    }
+    std::shared_ptr<MutexCore> core;
+    {
+        std::lock_guard g(NamedMutexes().lock);
+        core = NamedMutexes().Find(name);
+    }
+    if (!core) {
+        SetLastError(ERROR_FILE_NOT_FOUND);
+        return nullptr;
+    }
+    return kiv_win32::AddHandle(std::make_shared<MutexHandle>(std::move(core)));
+}
+
+BOOL ReleaseMutex(HANDLE handle) {
+    auto mutex = kiv_win32::FindHandleAs<MutexHandle>(handle);
+    if (!mutex) {
+        SetLastError(ERROR_INVALID_HANDLE);
+        return FALSE;
+    }
+    MutexCore& m = mutex->core();
+    {
+        std::lock_guard g(m.point->lock);
+        if (m.owner != kiv_win32::detail::CurrentThread().id) {
+            SetLastError(ERROR_NOT_OWNER);
+            return FALSE;
+        }
+        if (--m.depth > 0) return TRUE;
+        m.owner = 0;
+    }
+    std::erase_if(ownedMutexes.cores, [&m](const auto& core) { return core.get() == &m; });
+    m.point->changed.notify_all();
+    return TRUE;
+}
 
 // ---- critical sections -------------------------------------------------------------------
 

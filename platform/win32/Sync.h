@@ -1,5 +1,5 @@
-// Events, critical sections, threads, Sleep and GetTickCount of the Win32 subset.
-// Events and threads are objects of the one handle table: CloseHandle and
+// Events, mutexes, critical sections, threads, Sleep and GetTickCount of the Win32
+// subset. Events, mutexes and threads are objects of the one handle table: CloseHandle and
 // WaitForSingleObject reach them through their handles like any other kernel object.
 #pragma once
 
@@ -32,6 +32,23 @@ BOOL ResetEvent(HANDLE event);
 // waited longest (an auto-reset event) and leaves the event non-signalled; with no thread
 // waiting it does nothing but that.
 BOOL PulseEvent(HANDLE event);
+
+// ---- mutexes -------------------------------------------------------------------------
+
+constexpr DWORD MUTEX_ALL_ACCESS = 0x001F0001;
+constexpr DWORD ERROR_NOT_OWNER = 288;
+
+// A mutex is owned by one thread at a time and recursively: WaitForSingleObject takes it
+// (again, by its owner), ReleaseMutex gives back one take. A thread that ends while it
+// owns a mutex abandons it: the next thread to take it gets WAIT_ABANDONED and owns it.
+// Named mutexes are shared process-wide by name like named events (their own names: an
+// event and a mutex may carry the same name). An existing name returns a new handle to
+// that mutex with ERROR_ALREADY_EXISTS and ignores `initialOwner`.
+HANDLE CreateMutexW(LPSECURITY_ATTRIBUTES attributes, BOOL initialOwner, LPCWSTR name);
+// A new handle to the named mutex; null and ERROR_FILE_NOT_FOUND when no such mutex exists.
+HANDLE OpenMutexW(DWORD access, BOOL inherit, LPCWSTR name);
+// FALSE with ERROR_NOT_OWNER when the calling thread does not own the mutex.
+BOOL ReleaseMutex(HANDLE mutex);
 
 // ---- critical sections ---------------------------------------------------------------
 

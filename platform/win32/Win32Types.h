@@ -112,6 +112,16 @@ struct FILETIME {
     DWORD dwHighDateTime;
 };
 
+// A 64-bit count in the two halves the Win32 structures use.
+union ULARGE_INTEGER {
+    struct {
+        DWORD LowPart;
+        DWORD HighPart;
+    } u;
+    ULONGLONG QuadPart;
+};
+using PULARGE_INTEGER = ULARGE_INTEGER*;
+
 struct SECURITY_ATTRIBUTES {
     DWORD nLength;
     LPVOID lpSecurityDescriptor;

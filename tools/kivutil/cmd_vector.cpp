@@ -11,6 +11,8 @@
 
 #include "platform/host/TextCodec.h"
 #include "tools/kivutil/Command.h"
+#include "utils/runtime/FileChecks.h"
+#include "utils/vector/MappedVectorImage.h"
 #include "utils/vector/Quadtree.h"
 #include "utils/vector/SampleSitePlan.h"
 #include "utils/vector/VectorFile.h"
@@ -36,6 +38,32 @@ struct LoadedImage {
     std::wstring name;   // for entity names: the file's name without folder and extension
     std::size_t bytes = 0;
 };
+
+// Maps the file (copy-on-write) and makes it usable in place; nothing is read or copied
+// up front. On failure prints one line saying why.
+std::optional<LoadedImage> LoadMapped(const std::string& file) {
+    EMappedLoadResult result = EMappedLoadResult::eNoFile;
+    LoadedImage image;
+    image.blob = loadMappedVectorImage(Wide(file).c_str(), &result);
+    const char* why = nullptr;
+    switch (result) {
+        case EMappedLoadResult::eLoaded: break;
+        case EMappedLoadResult::eNoFile: why = "the file does not exist or cannot be mapped"; break;
+        case EMappedLoadResult::eEmpty: why = "the file is empty"; break;
+        case EMappedLoadResult::eTooLarge: why = "the file is larger than 2 GiB"; break;
+        case EMappedLoadResult::eNotAnImage: why = "it is not a vector image, or its directory or fixup table is damaged, or required entities are missing"; break;
+    }
+    if (why != nullptr) {
+        std::cerr << "kivutil: cannot map " << file << ": " << why << "\n";
+        return std::nullopt;
+    }
+    std::uint64_t size = 0;
+    if (FileChecks::GetSize(Wide(file).c_str(), size)) image.bytes = static_cast<std::size_t>(size);
+    image.label = file + " (mapped)";
+    const std::string base = file.substr(file.find_last_of("/\\") + 1);
+    image.name = Wide(base.substr(0, base.find_last_of('.')));
+    return image;
+}
 
 // Loads the file (read whole, made usable in place). On failure prints one line saying
 // why; the loader's own lines, naming missing kinds, have gone to the log already.
@@ -120,8 +148,9 @@ int RunSample(const std::string& output) {
     return kivutil::kExitOk;
 }
 
-int RunInfo(const std::string& file) {
-    const auto image = Load(file);
+int RunInfo(const std::string& file, bool mapped) {
+    if (mapped && file.empty()) return BadInput("--mapped needs an image file; the built-in sample is not a file");
+    const auto image = mapped ? LoadMapped(file) : Load(file);
     if (!image) return kivutil::kExitFailed;
     VectorBlob& blob = *image->blob;
     std::cout << "image: " << image->label;
@@ -209,9 +238,11 @@ kivutil::Registration vector(40, [](CLI::App& app, std::function<int()>& run) {
     sample->callback([&run, output] { run = [output] { return RunSample(*output); }; });
 
     auto infoFile = std::make_shared<std::string>();
+    auto infoMapped = std::make_shared<bool>(false);
     auto* info = sub->add_subcommand("info", "Show an image's entities, record counts, tag-set verdict and extent");
     info->add_option("file", *infoFile, "vector image file (default: the built-in sample)");
-    info->callback([&run, infoFile] { run = [infoFile] { return RunInfo(*infoFile); }; });
+    info->add_flag("--mapped", *infoMapped, "load the file through a memory mapping instead of reading it");
+    info->callback([&run, infoFile, infoMapped] { run = [infoFile, infoMapped] { return RunInfo(*infoFile, *infoMapped); }; });
 
     auto indexFile = std::make_shared<std::string>();
     auto* index = sub->add_subcommand("index", "Show the shape of an image's quadtree index");

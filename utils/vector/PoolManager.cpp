@@ -292,6 +292,9 @@ void PoolManager::applyFixupTable(VectorFormat::FixupTable* table, void* base) {
     if (table == nullptr || base == nullptr) return;
     auto* start = static_cast<unsigned char*>(base);
     const std::uint32_t baseWord = toWord(base);
+    // A loaded image is its own arena: its base word is 0 and every field already holds
+    // its target's offset. Writing nothing keeps a mapped image's pages the file's own.
+    if (baseWord == 0) return;
     for (std::uint32_t i = 0; i + 4 <= table->getSize(); i += 4) {
         unsigned char* field = start + readU32(table->data() + i);
         if (contains(field, 4)) writeU32(field, readU32(field) + baseWord);
