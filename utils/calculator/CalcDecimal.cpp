@@ -82,10 +82,10 @@ std::string FormatDisplay(const Decimal& value, int digits) {
     return Fixed(RoundToDigits(value, fit));
 }
 
-std::string FormatFull(const Decimal& value) {
-    const RoundedDigits r = RoundToDigits(value, kFullDigits);
+std::string FormatFull(const Decimal& value, int digits) {
+    const RoundedDigits r = RoundToDigits(value, digits);
     if (r.digits.empty()) return "0";
-    if (r.exponent >= kFullDigits || r.exponent < kLowestFixed) return Scientific(r);
+    if (r.exponent >= digits || r.exponent < kLowestFixed) return Scientific(r);
     return Fixed(r);
 }
 

@@ -20,8 +20,10 @@ struct Outcome {
     ECalcError error = eCalcNoError;
 };
 
-// Digits of the value text kept in the global settings and returned by GetValueText.
+// Digits of the value text that GetValueText returns, and of the last result kept in the
+// global settings: all the digits held, so a recalled 1/3 times 3 is still 1.
 constexpr int kFullDigits = 34;
+constexpr int kStoredDigits = 40;
 
 // A value's decimal digits rounded (half away from zero) to `digits` significant
 // digits: value = ±0.d1d2d3... × 10^(exponent + 1), trailing zeros removed.
@@ -36,9 +38,9 @@ RoundedDigits RoundToDigits(const Decimal& value, int digits);
 // zeros after the point of 0.00123 count) and the first digit is no further than 1E-4,
 // else scientific "d.dddE-7"; "-" for negatives.
 std::string FormatDisplay(const Decimal& value, int digits);
-// The value to kFullDigits significant digits in text that ParseDecimal reads back to
-// the same value: fixed from 1E-4 up to 34 integer digits, scientific beyond.
-std::string FormatFull(const Decimal& value);
+// The value to `digits` significant digits in text that ParseDecimal reads back: fixed
+// from 1E-4 up to `digits` integer digits, scientific beyond.
+std::string FormatFull(const Decimal& value, int digits = kFullDigits);
 
 // Reads plain decimal text: an optional sign, digits with an optional '.', an optional
 // exponent (E or e). False for anything else or more than 60 significant digits.

@@ -174,7 +174,7 @@ private:
     std::wstring NameAhead() {
         Peek();
         std::wstring name;
-        for (size_t i = pos_; i < s_.size() && IsLetter(s_[i]); ++i)
+        for (size_t i = pos_; i < s_.size() && (IsLetter(s_[i]) || (i > pos_ && IsDigit(s_[i]))); ++i)
             name += static_cast<wchar_t>(std::towlower(static_cast<wint_t>(s_[i])));
         return name;
     }

@@ -196,7 +196,7 @@ struct CCalculator::Engine {
             if (!Set(kiv_calc::Apply(x, repeatOp, operand))) return;
         }
         operandReady = true;
-        SetLastCalcValue(CKivStringT(kiv_calc::FormatFull(x).c_str()));
+        SetLastCalcValue(CKivStringT(kiv_calc::FormatFull(x, kiv_calc::kStoredDigits).c_str()));
     }
 
     // a + b% adds b percent of a; with any other pending operation, or none, b% is b/100.
