@@ -6,6 +6,7 @@
 #include <iostream>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/host/TextCodec.h"
 #include "tools/kivutil/Command.h"
@@ -15,7 +16,8 @@
 namespace {
 
 struct CalcOptions {
-    std::string expression, angle = "deg";
+    std::vector<std::string> words;  // the expression, possibly unquoted: kivutil calc 2 + 3
+    std::string angle = "deg";
     int digits = kCalcDefaultDigits;
     bool given = false;
 };
@@ -83,7 +85,9 @@ int RunCalc(const CalcOptions& o) {
     calc.SetAngleMode(mode);
     calc.SetDisplayDigits(o.digits);
     if (o.given) {
-        switch (Evaluate(calc, o.expression, "")) {
+        std::string expression;
+        for (const auto& w : o.words) expression += (expression.empty() ? "" : " ") + w;
+        switch (Evaluate(calc, expression, "")) {
             case Outcome::kOk: return kivutil::kExitOk;
             case Outcome::kBad: return kivutil::kExitBadInput;
             case Outcome::kFailed: return kivutil::kExitFailed;
@@ -113,7 +117,8 @@ int RunCalc(const CalcOptions& o) {
 kivutil::Registration calc(15, [](CLI::App& app, std::function<int()>& run) {
     auto o = std::make_shared<CalcOptions>();
     auto* sub = app.add_subcommand("calc", "Evaluate expressions with the calculator (without one: lines from stdin)");
-    sub->add_option("expression", o->expression, "e.g. \"2+3*4\", \"sin 30\", \"12°30'36\\\" + 0:29:24\", \"todms 12.51\"");
+    sub->add_option("expression", o->words,
+                    "e.g. \"2+3*4\", \"sin 30\", \"12°30'36\\\" + 0:29:24\", \"todms 12.51\" (grammar: docs/calculator.md)");
     sub->add_option("--angle", o->angle, "angle mode: deg, grad, rad");
     sub->add_option("--digits", o->digits, "display width in significant digits, 1 to 34 (default 12)");
     sub->callback([&run, o, sub] {

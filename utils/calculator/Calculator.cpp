@@ -3,6 +3,8 @@
 // key is handled inside one guard, so nothing a key does can throw past PressKey.
 #include "utils/calculator/Calculator.h"
 
+#include <algorithm>
+#include <cmath>
 #include <vector>
 
 #include "utils/calculator/CalcEntry.h"
