@@ -66,7 +66,7 @@ bool CalcEntry::Sign() {
 
 bool CalcEntry::Exponent() {
     if (inExponent_ || part_ > 0) return false;
-    if (parts_[0].empty()) parts_[0] = "1";  // EE on nothing typed starts at 1E
+    if (parts_[0].empty()) parts_[0].push_back('1');  // EE on nothing typed starts at 1E
     inExponent_ = true;
     return true;
 }
@@ -74,7 +74,7 @@ bool CalcEntry::Exponent() {
 // A fraction belongs to the last part only, so a part with a point closes the angle.
 bool CalcEntry::DmsMark() {
     if (inExponent_ || part_ >= 2 || HasPoint(parts_[part_])) return false;
-    if (parts_[part_].empty()) parts_[part_] = "0";
+    if (parts_[part_].empty()) parts_[part_].push_back('0');
     ++part_;
     return true;
 }
