@@ -161,6 +161,53 @@ TEST_F(CalculatorTest, DegreeAndGradAnglesAreReducedExactlyBeforeTheFunction) {
     EXPECT_EQ(Display("10 sin"), L"0.173648177667");
 }
 
+TEST_F(CalculatorTest, FunctionsAgreeWithPublishedValuesToTheDisplayWidth) {
+    const std::vector<std::tuple<const char*, ECalcAngleMode, const wchar_t*>> cases = {
+        {"1 sin", eCalcRadians, L"0.841470984808"},   {"2 atan", eCalcRadians, L"1.10714871779"},
+        {"2 ln", eCalcDegrees, L"0.69314718056"},     {"1 ex", eCalcDegrees, L"2.71828182846"},
+        {"2 log", eCalcDegrees, L"0.301029995664"},   {"0.5 10x", eCalcDegrees, L"3.16227766017"},
+        {"69 !", eCalcDegrees, L"1.71122452428E98"},  {"0 !", eCalcDegrees, L"1"},
+        {"0.5 acos", eCalcGrads, L"66.6666666667"},   {"pi / 4 = tan", eCalcRadians, L"1"},
+        {"2 ^ 2 +/- =", eCalcDegrees, L"0.25"},       {"0 ^ 0 =", eCalcDegrees, L"1"},
+        {"2 root 0.5 =", eCalcDegrees, L"4"},         {"pi", eCalcDegrees, L"3.14159265359"},
+    };
+    for (const auto& [keys, mode, shown] : cases) EXPECT_EQ(Display(keys, mode), shown) << keys;
+    EXPECT_EQ(ValueText("1.1 ^ 10 ="), L"2.5937424601");  // integer powers stay exact
+    EXPECT_EQ(ValueText("pi"), L"3.141592653589793238462643383279503");
+}
+
+TEST_F(CalculatorTest, OperandsComeFromWhereTheKeysSayTheyDo) {
+    const std::vector<std::pair<const char*, const wchar_t*>> cases = {
+        {"2 * +/- 3 =", L"-6"},             // +/- right after an operator begins a negative number
+        {"200 + ( 10 ) % =", L"220"},       // percent of the operand before the parenthesis
+        {"( 2 + 3 ) * 2 = =", L"20"},       // repeats the outermost operation
+        {"2 + 3 = 4 =", L"4"},              // a new number ends the repetition
+        {"2 + 3 = * 4 =", L"20"},           // a result continues the chain
+        {"2 ^ 3 ^ 2 =", L"64"},             // keys associate to the left
+        {"5 - ) =", L"5"},                  // a stray ")" is ignored
+        {"5 + =", L"5"},                    // a dangling operator is withdrawn
+        {"9 sqrt x2 1/x 1/x", L"9"},
+        {"12 DMS 30 CE 4 =", L"4"},
+        {"12 DMS 3 BS BS BS 5", L"15"},     // backspace crosses the degree mark
+    };
+    for (const auto& [keys, shown] : cases) EXPECT_EQ(Display(keys), shown) << keys;
+
+    // A field's text typed into a pending calculation is its right operand.
+    CCalculator calc;
+    Press(calc, "C 2 +");
+    ASSERT_TRUE(calc.SetValueText(L"3.5"));
+    EXPECT_TRUE(calc.HasPendingOperation());
+    Press(calc, "=");
+    EXPECT_EQ(calc.GetDisplay().str(), L"5.5");
+    EXPECT_FALSE(calc.HasPendingOperation());
+    // A DMS view that the width cannot hold says so rather than cutting digits.
+    calc.SetDisplayDigits(6);
+    Press(calc, "C 123 >DMS");
+    EXPECT_EQ(calc.GetDisplay().str(), L"#####");
+    calc.SetDisplayDigits(12);
+    EXPECT_EQ(calc.GetDisplay().str(), L"123\u00B000'00\"");
+}
+
 TEST_F(CalculatorTest, DomainErrorsShowErrorWithTheirReason) {
     const std::vector<std::pair<const char*, ECalcError>> cases = {
         {"1 / 0 =", eCalcDivisionByZero}, {"0 1/x", eCalcDivisionByZero},  {"0 ^ 1 +/- =", eCalcDivisionByZero},
