@@ -343,3 +343,13 @@ TEST_F(CalculatorTest, TextTypedIntoTheCalculatorReadsAsNumbersAndAngles) {
     EXPECT_EQ(key, eCalcKeyPoint);
     EXPECT_FALSE(CalcKeyFromChar(L'x', key));
 }
+
+TEST_F(CalculatorTest, NumberTextIgnoresTheProcessLocale) {
+    kiv_test::ScopedLocale german("de_DE.UTF-8");
+    if (!german.ok()) GTEST_SKIP() << "de_DE.UTF-8 is not installed";
+    EXPECT_EQ(Display("0.1 + 0.2 ="), L"0.3");
+    EXPECT_EQ(Display("1 / 7200 = >DMS"), L"0\u00B000'00.5\"");
+    CCalculator calc;
+    ASSERT_TRUE(calc.SetValueText(L"1.25"));
+    EXPECT_EQ(calc.GetValueText().str(), L"1.25");
+}
