@@ -296,8 +296,10 @@ Outcome Atan(const Decimal& x, ECalcAngleMode mode) {
     return Inverse(x, mode, table, std::size(table), AtanRadians);
 }
 
+// One division of the whole angle in seconds: 0°29'24" is 1764/3600, exactly 0.49, where
+// 29/60 + 24/3600 would add two rounded repeating fractions.
 Decimal FromDmsParts(const Decimal& degrees, const Decimal& minutes, const Decimal& seconds) {
-    return degrees + minutes / 60 + seconds / 3600;
+    return (degrees * 3600 + minutes * 60 + seconds) / 3600;
 }
 
 Outcome FromPackedDms(const Decimal& packed) {

@@ -32,7 +32,7 @@ Outcome Atan(const Decimal& x, ECalcAngleMode mode);
 
 // Packed DDD.MMSSss to decimal degrees; minutes or seconds of 60 or more are a domain error.
 Outcome FromPackedDms(const Decimal& packed);
-// Degrees, minutes and seconds to decimal degrees, exactly where the sum terminates.
+// Degrees, minutes and seconds to decimal degrees, exactly wherever the result terminates.
 Decimal FromDmsParts(const Decimal& degrees, const Decimal& minutes, const Decimal& seconds);
 
 const Decimal& Pi();

@@ -253,6 +253,10 @@ TEST_F(CalculatorTest, DmsEntryAndViewKeepAnglesExact) {
     EXPECT_EQ(Display("1 DMS 2.5 DMS 3"), L"1\u00B02.53");
     EXPECT_EQ(ValueText("1 DMS 30.5"), L"1.508333333333333333333333333333333");
     EXPECT_EQ(ValueText("1 DMS 2 DMS 3 DMS"), ValueText("1 DMS 2 DMS 3"));
+    // Angles whose decimal degrees terminate are held exactly, not as a sum of rounded parts.
+    EXPECT_EQ(ValueText("0 DMS 29 DMS 24 - 0.49 ="), L"0");
+    EXPECT_EQ(ValueText("1 DMS 1 DMS 1.2 - 1.017 ="), L"0");
+    EXPECT_EQ(ValueText("12 DMS 30 DMS 36 + 0 DMS 29 DMS 24 - 13 ="), L"0");
     // DMS> reads a plain value as packed DDD.MMSS; on a DMS view it only returns to decimal.
     EXPECT_EQ(ValueText("12.3036 DMS>"), L"12.51");
     EXPECT_EQ(ValueText("12.51 >DMS DMS>"), L"12.51");
