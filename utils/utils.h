@@ -1,6 +1,8 @@
 // Umbrella header of the utils library: every public header of every subsystem.
 #pragma once
 
+#include "utils/calculator/CalcExpression.h"
+#include "utils/calculator/Calculator.h"
 #include "utils/devices/Beacons.h"
 #include "utils/devices/BluetoothRegistry.h"
 #include "utils/devices/LumaroParams.h"
