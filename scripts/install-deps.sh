@@ -8,7 +8,7 @@ set -eu
 
 PACKAGES="cmake ninja-build g++ make googletest libgtest-dev libgmock-dev libbenchmark-dev \
 libfmt-dev libcli11-dev libpng-dev clang libclang-rt-14-dev libxml2-utils python3 locales \
-libpugixml-dev libfreetype-dev libharfbuzz-dev fonts-dejavu-core imagemagick libcairo2-dev"
+libpugixml-dev libfreetype-dev libharfbuzz-dev fonts-dejavu-core imagemagick libcairo2-dev pkg-config"
 
 SUDO=""
 if [ "$(id -u)" -ne 0 ]; then
