@@ -135,6 +135,7 @@ private:
         marks_.lines.resize(blob_->getLineCount(), kNoPass);
         marks_.arcs.resize(blob_->getArcCount(), kNoPass);
         marks_.labels.resize(blob_->getLabelCount(), kNoPass);
+        marks_.splines.resize(blob_->getSplineCount(), kNoPass);
     }
 
     static void pickNode(const QuadtreeNode& node, const TCoord2d& at, double tolerance, bool points, bool lines,
@@ -184,6 +185,7 @@ std::shared_ptr<IRenderTree> buildQuadtree(VectorBlob& blob) {
     root->insertBuffer(points);
     root->insertBuffer(lines);
     for (std::uint32_t i = 0; i < blob.getArcCount(); ++i) root->insertBuffer(std::make_shared<ArcBuffer>(blob, i));
+    for (std::uint32_t i = 0; i < blob.getSplineCount(); ++i) root->insertBuffer(std::make_shared<SplineBuffer>(blob, i));
     root->insertBuffer(LabelBuffer::fromBlob(blob));
     root->calcBBox();
     root->rebalance(0);

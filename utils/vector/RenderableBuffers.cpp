@@ -30,6 +30,20 @@ BoundingBox boxOfSegment(double x1, double y1, double x2, double y2) {
     return {std::min(x1, x2), std::max(y1, y2), std::max(x1, x2), std::min(y1, y2)};
 }
 
+// The quadrants of `node` that `item` touches (0 upper left .. 3 lower right); true
+// when it touches all four.
+bool touchedQuadrants(const BoundingBox& node, const BoundingBox& item, bool touches[4]) {
+    const double cx = node.left + node.getWidth() / 2;
+    const double cy = node.bottom + node.getHeight() / 2;
+    const bool leftSide = item.left < cx, rightSide = item.right >= cx;
+    const bool upper = item.top >= cy, lower = item.bottom < cy;
+    touches[0] = leftSide && upper;
+    touches[1] = rightSide && upper;
+    touches[2] = leftSide && lower;
+    touches[3] = rightSide && lower;
+    return touches[0] && touches[1] && touches[2] && touches[3];
+}
+
 // Differences this close to zero count as zero where a line is tested against the centre.
 double snapped(double value) { return std::fabs(value) <= 1e-12 ? 0.0 : value; }
 
@@ -236,15 +250,11 @@ void LabelBuffer::render(const TRenderContext& context) const {
 }
 
 bool LabelBuffer::split(const BoundingBox& box, std::shared_ptr<IRenderableBuffer> parts[4]) const {
-    const double cx = box.left + box.getWidth() / 2;
-    const double cy = box.bottom + box.getHeight() / 2;
     std::vector<Feature> quarters[4];
     bool divided = false;
     for (const Feature& f : features_) {
-        const bool leftSide = f.extent.left < cx, rightSide = f.extent.right >= cx;
-        const bool upper = f.extent.top >= cy, lower = f.extent.bottom < cy;
-        const bool touches[4] = {leftSide && upper, rightSide && upper, leftSide && lower, rightSide && lower};
-        divided = divided || !(touches[0] && touches[1] && touches[2] && touches[3]);
+        bool touches[4];
+        divided = !touchedQuadrants(box, f.extent, touches) || divided;
         for (int q = 0; q < 4; ++q) {
             if (touches[q]) quarters[q].push_back(f);
         }
@@ -330,5 +340,47 @@ bool ArcBuffer::split(const BoundingBox& box, std::shared_ptr<IRenderableBuffer>
     const bool touches[4] = {leftSide && upper, rightSide && upper, leftSide && lower, rightSide && lower};
     if (touches[0] && touches[1] && touches[2] && touches[3]) return false;
     for (int q = 0; q < 4; ++q) parts[q] = touches[q] ? std::shared_ptr<ArcBuffer>(new ArcBuffer(*this)) : nullptr;
+    return true;
+}
+
+// ---- splines -------------------------------------------------------------------------
+
+SplineBuffer::SplineBuffer(const VectorBlob& blob, std::uint32_t splineIndex) : index_(splineIndex) {
+    TSpline spline;
+    if (blob.getSpline(splineIndex, spline)) box_ = spline.curve.controlBox();
+}
+
+void SplineBuffer::render(const TRenderContext& context) const {
+    TSpline spline;
+    if (!box_.isValid() || !context.firstInPass(&TRenderMarks::splines, index_)) return;
+    if (!context.blob->getSpline(index_, spline)) return;
+    // The control polygon's length in pixels bounds the curve's, and chords of two pixels
+    // stray a fraction of a pixel from any curve that bends less sharply than a pixel's
+    // radius.
+    BoundingBox drawn;
+    std::vector<TCoord3d> controls;
+    for (const TCoord3d& p : spline.curve.controlPoints) {
+        controls.push_back(context.from->convert(p, *context.to));
+        drawn.widen(controls.back().x, controls.back().y);
+    }
+    if (!context.renderer->getViewport().intersects(drawn)) return;
+    double length = 0.0;
+    for (std::size_t i = 1; i < controls.size(); ++i) {
+        length += std::hypot(controls[i].x - controls[i - 1].x, controls[i].y - controls[i - 1].y);
+    }
+    const double pixel = context.renderer->getPixelSize();
+    const double chords = std::ceil(length / (pixel > 0.0 ? pixel : 1.0) / 2.0);
+    const int count = static_cast<int>(std::clamp(std::isfinite(chords) ? chords : 0.0, 8.0, 65536.0));
+    std::vector<TCoord3d> points = spline.curve.sample(count);
+    for (TCoord3d& p : points) p = context.from->convert(p, *context.to);
+    if (spline.curve.closed) points.push_back(points.front());
+    context.renderer->drawPolyline(points.data(), static_cast<int>(points.size()), spline.style);
+    context.countDrawn();
+}
+
+bool SplineBuffer::split(const BoundingBox& box, std::shared_ptr<IRenderableBuffer> parts[4]) const {
+    bool touches[4];
+    if (!box_.isValid() || touchedQuadrants(box, box_, touches)) return false;
+    for (int q = 0; q < 4; ++q) parts[q] = touches[q] ? std::shared_ptr<SplineBuffer>(new SplineBuffer(*this)) : nullptr;
     return true;
 }

@@ -37,7 +37,7 @@ struct TRenderStats {
 // arcs and labels can sit in several buffers of one tree; the marks let a walk draw
 // each of them once.
 struct TRenderMarks {
-    std::vector<int> points, lines, arcs, labels;
+    std::vector<int> points, lines, arcs, labels, splines;
 };
 
 // Everything a buffer needs to draw itself. Without marks (a lone buffer drawn for a
@@ -180,5 +180,25 @@ private:
     double z_ = 0.0;
     std::uint32_t index_ = 0;
     int polyLine_ = -1;
+    BoundingBox box_;
+};
+
+// One spline, drawn as chords about two pixels long along its control polygon.
+class SplineBuffer : public IRenderableBuffer {
+public:
+    SplineBuffer(const VectorBlob& blob, std::uint32_t splineIndex);
+
+    const BoundingBox& getBBox() const override { return box_; }
+    int getFeatureCount() const override { return 1; }
+    void render(const TRenderContext& context) const override;
+    // Splines are not staked.
+    void pick(const TCoord2d&, double, bool, bool, TPickResult&) const override {}
+    // As an arc: whole, to each quadrant its box touches.
+    bool split(const BoundingBox& box, std::shared_ptr<IRenderableBuffer> parts[4]) const override;
+
+private:
+    SplineBuffer() = default;
+
+    std::uint32_t index_ = 0;
     BoundingBox box_;
 };

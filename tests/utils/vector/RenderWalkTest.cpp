@@ -91,6 +91,14 @@ std::vector<BruteFeature> everyFeature(const VectorBlob& blob, const Csx::CCs& i
         f.key = keyOf(f.samples.front(), f.samples.back());
         all.push_back(f);
     }
+    for (std::uint32_t i = 0; i < blob.getSplineCount(); ++i) {
+        TSpline spline;
+        if (!blob.getSpline(i, spline)) continue;
+        BruteFeature f;
+        for (const TCoord3d& p : spline.curve.sample(2000)) f.samples.push_back(image.convert(p, view));
+        f.key = keyOf(f.samples.front(), spline.curve.closed ? f.samples.front() : f.samples.back());
+        all.push_back(f);
+    }
     for (std::uint32_t i = 0; i < blob.getLabelCount(); ++i) {
         TLabel label;
         if (!blob.getLabel(i, label)) continue;
