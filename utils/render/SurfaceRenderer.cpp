@@ -91,7 +91,8 @@ void SurfaceRenderer::drawPolyline(const TCoord3d* points, int count, const TLin
                  bottom = surface_.getHeight() + kGuard;
     // Runs of segments that stay within the guard are drawn as one polyline, so that
     // dashes run on across their vertices.
-    std::vector<POINT> run;
+    std::vector<POINT>& run = run_;
+    run.clear();
     const auto flush = [&] {
         if (run.size() >= 2) surface_.drawLines(run.data(), static_cast<int>(run.size()));
         run.clear();

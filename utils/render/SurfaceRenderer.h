@@ -3,6 +3,8 @@
 // widened on one side so that it fills the surface without distortion.
 #pragma once
 
+#include <vector>
+
 #include "platform/kivutils/Heap.h"
 #include "utils/render/Drawer.h"
 #include "utils/vector/IRenderer.h"
@@ -39,6 +41,7 @@ private:
     const Csx::CCs& viewCs_;
     BoundingBox viewport_;
     double pixel_ = 1.0;
+    std::vector<POINT> run_;  // kept between calls, so that a line costs no allocation
 };
 
 }  // namespace kiv_render

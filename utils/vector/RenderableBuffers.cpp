@@ -137,10 +137,20 @@ void LineBuffer::render(const TRenderContext& context) const {
     const VectorFormat::LinesList* lines = context.blob->getLinesList();
     if (lines == nullptr) return;
     const BoundingBox view = context.renderer->getViewport();
+    // Lines of one polyline share its style, and they mostly come in a row: the style
+    // is looked up again only when the polyline changes.
+    std::uint32_t styleWord = 0;
+    bool haveStyle = false, styleFound = false;
+    TLineStyle style;
     for (const Feature& f : features_) {
-        TLineStyle style;
         if (f.index >= lines->getCount() || !context.firstInPass(&TRenderMarks::lines, f.index)) continue;
-        if (!context.blob->getLineStyle(f.index, style)) continue;
+        const std::uint32_t word = lines->getPolyLineWord(f.index);
+        if (!haveStyle || word != styleWord) {
+            styleFound = context.blob->getLineStyle(f.index, style);
+            styleWord = word;
+            haveStyle = true;
+        }
+        if (!styleFound) continue;
         const TCoord3d ends[2] = {context.from->convert(lines->getStart(f.index), *context.to),
                                   context.from->convert(lines->getEnd(f.index), *context.to)};
         if (!view.intersects(boxOfSegment(ends[0].x, ends[0].y, ends[1].x, ends[1].y))) continue;
