@@ -49,3 +49,9 @@ void CDC::FillSolidRect(int x, int y, int width, int height, COLORREF colour) {
     const RECT r{x, y, x + width, y + height};
     FillSolidRect(&r, colour);
 }
+
+SIZE CDC::GetTextExtent(LPCWSTR text, int count) const {
+    SIZE size{0, 0};
+    ::GetTextExtentPoint32W(m_hDC, text, count, &size);
+    return size;
+}

@@ -61,6 +61,7 @@ public:
     int DrawText(LPCWSTR text, int count, LPRECT rect, UINT format) {
         return ::DrawTextW(m_hDC, text, count, rect, format);
     }
+    SIZE GetTextExtent(LPCWSTR text, int count) const;
 
     HDC m_hDC = nullptr;
 

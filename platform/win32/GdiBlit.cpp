@@ -76,14 +76,16 @@ struct DestWriter {
     }
 };
 
+// Wide enough that no sum of two coordinates overflows.
 struct Box {
-    int x, y, w, h;
+    std::int64_t x, y, w, h;
 };
 
 // Clips a destination box and its source box together (both the same size), so that
 // both stay on their surfaces. False when nothing is left.
 bool ClipPair(Box& d, Box& src, const Surface& dest, const Surface* source) {
-    auto clipAxis = [](int& dp, int& sp, int& len, int dLimit, int sLimit, bool hasSource) {
+    auto clipAxis = [](std::int64_t& dp, std::int64_t& sp, std::int64_t& len, std::int64_t dLimit,
+                       std::int64_t sLimit, bool hasSource) {
         if (dp < 0) {
             sp -= dp;
             len += dp;
@@ -109,10 +111,10 @@ void CopyRows(Surface& dest, const Surface& source, const Box& d, const Box& s) 
     const int bytesPerPixel = dest.bitCount / 8;
     const std::size_t bytes = static_cast<std::size_t>(d.w) * bytesPerPixel;
     const bool downwards = &dest == &source && d.y > s.y;
-    for (int i = 0; i < d.h; ++i) {
-        const int row = downwards ? d.h - 1 - i : i;
-        std::memmove(dest.Row(d.y + row) + static_cast<std::size_t>(d.x) * bytesPerPixel,
-                     source.Row(s.y + row) + static_cast<std::size_t>(s.x) * bytesPerPixel, bytes);
+    for (std::int64_t i = 0; i < d.h; ++i) {
+        const std::int64_t row = downwards ? d.h - 1 - i : i;
+        std::memmove(dest.Row(static_cast<int>(d.y + row)) + static_cast<std::size_t>(d.x) * bytesPerPixel,
+                     source.Row(static_cast<int>(s.y + row)) + static_cast<std::size_t>(s.x) * bytesPerPixel, bytes);
     }
 }
 
@@ -152,14 +154,15 @@ struct Transfer {
         }
         if (!keyed && !sourceUsed && !UsesDest(code)) {
             const std::uint32_t value = target.Native(FromPixel(Rop3(code, Pattern(), 0, 0)));
-            for (int row = 0; row < db.h; ++row) target.FillSpan(db.y + row, db.x, db.x + db.w, value);
+            for (int row = 0; row < db.h; ++row)
+                target.FillSpan(static_cast<int>(db.y + row), static_cast<int>(db.x), static_cast<int>(db.x + db.w), value);
             return TRUE;
         }
         // Overlapping copies within one surface read from a snapshot of the source block.
         std::shared_ptr<Surface> snapshot;
         const Surface* from = source;
         if (sourceUsed && source == &target) {
-            snapshot = MakeSurface(sb.w, sb.h, source->bitCount, true);
+            snapshot = MakeSurface(static_cast<int>(sb.w), static_cast<int>(sb.h), source->bitCount, true);
             if (!snapshot) return FALSE;
             snapshot->palette = source->palette;
             snapshot->monochromeDevice = source->monochromeDevice;
@@ -167,7 +170,8 @@ struct Transfer {
             from = snapshot.get();
             sb.x = sb.y = 0;
         }
-        PerPixel(target, from, db, [&](int x) { return x - db.x + sb.x; }, [&](int y) { return y - db.y + sb.y; });
+        PerPixel(target, from, db, [&](int x) { return static_cast<int>(x - db.x + sb.x); },
+                 [&](int y) { return static_cast<int>(y - db.y + sb.y); });
         return TRUE;
     }
 
@@ -185,9 +189,9 @@ struct Transfer {
         DestWriter out(target, from, sourceDC);
         std::optional<SourceReader> in;
         if (from) in.emplace(*from, dest);
-        for (int y = db.y; y < db.y + db.h; ++y) {
+        for (int y = static_cast<int>(db.y); y < db.y + db.h; ++y) {
             const int sy = from ? mapY(y) : 0;
-            for (int x = db.x; x < db.x + db.w; ++x) {
+            for (int x = static_cast<int>(db.x); x < db.x + db.w; ++x) {
                 const std::uint32_t sp = from ? (*in)(mapX(x), sy) : 0;
                 if (keyed) {
                     if (sp != key) out.Write(x, y, sp, sp);
@@ -200,11 +204,18 @@ struct Transfer {
 
     BOOL RunStretched(Surface& target) {
         // Destination pixels whose source pixel falls off the source are left alone.
-        const int x0 = std::max(0, d.x), x1 = std::min(target.width, d.x + d.w);
-        const int y0 = std::max(0, d.y), y1 = std::min(target.height, d.y + d.h);
+        const int x0 = static_cast<int>(std::max<std::int64_t>(0, d.x));
+        const int x1 = static_cast<int>(std::min<std::int64_t>(target.width, d.x + d.w));
+        const int y0 = static_cast<int>(std::max<std::int64_t>(0, d.y));
+        const int y1 = static_cast<int>(std::min<std::int64_t>(target.height, d.y + d.h));
         if (x0 >= x1 || y0 >= y1) return TRUE;
-        auto mapX = [&](int x) { return s.x + static_cast<int>((static_cast<std::int64_t>(x - d.x) * s.w) / d.w); };
-        auto mapY = [&](int y) { return s.y + static_cast<int>((static_cast<std::int64_t>(y - d.y) * s.h) / d.h); };
+        // Source coordinates, kept in range for the comparisons below.
+        auto mapX = [&](int x) {
+            return static_cast<int>(std::clamp<std::int64_t>(s.x + ((x - d.x) * s.w) / d.w, -1, source->width));
+        };
+        auto mapY = [&](int y) {
+            return static_cast<int>(std::clamp<std::int64_t>(s.y + ((y - d.y) * s.h) / d.h, -1, source->height));
+        };
         int cx0 = x0, cx1 = x1, cy0 = y0, cy1 = y1;
         while (cx0 < cx1 && mapX(cx0) < 0) ++cx0;
         while (cx1 > cx0 && mapX(cx1 - 1) >= source->width) --cx1;
@@ -293,6 +304,9 @@ BOOL ScrollDC(HDC dc, int dx, int dy, const RECT* scroll, const RECT* clip, HRGN
                     std::min(a.bottom, b.bottom)};
     };
     auto empty = [](const RECT& r) { return r.right <= r.left || r.bottom <= r.top; };
+    // A scroll of a whole surface or more uncovers everything; keep sums in range.
+    dx = std::clamp(dx, -s.width - 1, s.width + 1);
+    dy = std::clamp(dy, -s.height - 1, s.height + 1);
     const RECT from = intersect(scroll ? *scroll : whole, whole);
     const RECT limit = intersect(clip ? *clip : whole, whole);
     const RECT moved{from.left + dx, from.top + dy, from.right + dx, from.bottom + dy};

@@ -165,8 +165,8 @@ void ThinSegment(DeviceContext& dc, Surface& s, POINT a, POINT b, const DashPatt
 void Dab(Surface& s, double x, double y, int width, std::uint32_t native) {
     const double shift = (width % 2 == 0) ? 0.5 : 0.0;
     const double cx = x - shift, cy = y - shift, r = width / 2.0;
-    const int y0 = std::max(0, static_cast<int>(std::ceil(cy - r)));
-    const int y1 = std::min(s.height - 1, static_cast<int>(std::floor(cy + r)));
+    const int y0 = static_cast<int>(std::max(0.0, std::ceil(cy - r)));
+    const int y1 = static_cast<int>(std::min(double(s.height - 1), std::floor(cy + r)));
     for (int row = y0; row <= y1; ++row) {
         const double h = std::sqrt(std::max(0.0, r * r - (row - cy) * (row - cy)));
         const double left = std::max(0.0, std::ceil(cx - h));
