@@ -85,6 +85,14 @@ public:
         void drawArc(double cx, double cy, double radius, double startDegrees, double sweepDegrees);
         // A filled polygon in the fill colour, without outline.
         void fillArea(const POINT* points, int count);
+        // The font text is drawn in: a face name, its character height in pixels, a
+        // rotation in degrees counter-clockwise. False when it cannot be made.
+        bool setFont(const wchar_t* face, int pixelHeight, double rotationDegrees = 0.0, bool bold = false);
+        // Text in the text colour on a transparent background, placed by `align`
+        // (TA_LEFT, TA_CENTER, TA_RIGHT with TA_TOP, TA_BASELINE, TA_BOTTOM).
+        void drawText(int x, int y, const wchar_t* text, UINT align = TA_LEFT | TA_BASELINE);
+        SIZE getTextExtent(const wchar_t* text) const;
+
     private:
         Bitmap() = default;
         // Selects a brush of the fill colour, made only when that colour changed.

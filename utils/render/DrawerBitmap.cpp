@@ -276,4 +276,36 @@ void Drawer::Bitmap::fillArea(const POINT* points, int count) {
     SelectObject(dc_, pen);
 }
 
+bool Drawer::Bitmap::setFont(const wchar_t* face, int pixelHeight, double rotationDegrees, bool bold) {
+    if (dc_ == nullptr || face == nullptr) return false;
+    LOGFONTW description{};
+    description.lfHeight = -std::abs(pixelHeight);  // the character height, without leading
+    description.lfEscapement = static_cast<LONG>(std::lround(rotationDegrees * 10.0));
+    description.lfOrientation = description.lfEscapement;
+    description.lfWeight = bold ? FW_BOLD : FW_NORMAL;
+    description.lfQuality = ANTIALIASED_QUALITY;
+    std::wcsncpy(description.lfFaceName, face, LF_FACESIZE - 1);
+    HFONT font = CreateFontIndirectW(&description);
+    if (font == nullptr) return false;
+    HGDIOBJ replaced = SelectObject(dc_, font);
+    if (previousFont_ == nullptr) previousFont_ = replaced;
+    if (font_ != nullptr) DeleteObject(font_);
+    font_ = font;
+    return true;
+}
+
+void Drawer::Bitmap::drawText(int x, int y, const wchar_t* text, UINT align) {
+    if (dc_ == nullptr || text == nullptr) return;
+    SetTextColor(dc_, textColour_);
+    SetBkMode(dc_, TRANSPARENT);
+    SetTextAlign(dc_, align);
+    ExtTextOutW(dc_, x, y, 0, nullptr, text, static_cast<UINT>(std::wcslen(text)), nullptr);
+}
+
+SIZE Drawer::Bitmap::getTextExtent(const wchar_t* text) const {
+    SIZE size{0, 0};
+    if (dc_ != nullptr && text != nullptr) GetTextExtentPoint32W(dc_, text, static_cast<int>(std::wcslen(text)), &size);
+    return size;
+}
+
 }  // namespace kiv_render

@@ -117,6 +117,15 @@ void SurfaceRenderer::drawPolyline(const TCoord3d* points, int count, const TLin
     flush();
 }
 
-void SurfaceRenderer::drawText(const TCoord3d&, const CKivStringT&, const TTextStyle&) {}
+void SurfaceRenderer::drawText(const TCoord3d& at, const CKivStringT& text, const TTextStyle& style) {
+    const double capital = style.height / pixel_;
+    const double x = toPixelX(at.x), y = toPixelY(at.y);
+    if (!(capital >= 3.0) || capital > 2048.0 || text.IsEmpty()) return;
+    if (!(x > -kGuard && x < surface_.getWidth() + kGuard && y > -kGuard && y < surface_.getHeight() + kGuard)) return;
+    if (!surface_.setFont(L"DejaVu Sans", static_cast<int>(std::lround(capital / kCapitalShare)), style.rotation)) return;
+    surface_.setTextColor(style.colour);
+    const POINT p = pixel(x, y);
+    surface_.drawText(p.x, p.y, text.GetString(), TA_LEFT | TA_BASELINE);
+}
 
 }  // namespace kiv_render
