@@ -113,3 +113,40 @@ TEST(SurfaceRenderer, ArcsThroughTheWalkStayOnTheirCircle) {
     }
     EXPECT_GT(inked, 100);  // a quarter of a circle of 80 pixels is some 126 long
 }
+
+TEST(SurfaceRenderer, LabelsStartAtTheirAnchorAndTurnWithTheirStyle) {
+    auto surface = Drawer::Bitmap::create(200, 200, 32);
+    Csx::CIdentityCs world;
+    SurfaceRenderer renderer(*surface, world, BoundingBox(0, 200, 200, 0));  // one unit a pixel
+    const auto inkBox = [&] {
+        BoundingBox box;
+        for (int y = 0; y < 200; ++y) {
+            for (int x = 0; x < 200; ++x) {
+                if (at(*surface, x, y) != kWhite) box.widen(x, y);
+            }
+        }
+        return box;
+    };
+
+    surface->clear(kWhite);
+    renderer.drawText({20, 100, 0}, CKivStringT(L"HEH"), TTextStyle{0xFF0000, 12.0f, 0.0f});
+    BoundingBox ink = inkBox();
+    ASSERT_TRUE(ink.isValid());
+    EXPECT_NEAR(ink.left, 20, 2);                  // starts at the anchor
+    EXPECT_NEAR(ink.bottom, 200 - 100 - 12, 1.5);  // capitals 12 pixels high above the baseline
+    EXPECT_NEAR(ink.top, 200 - 100 - 1, 1.5);
+    EXPECT_GT(ink.getWidth(), 20);
+
+    surface->clear(kWhite);
+    renderer.drawText({100, 20, 0}, CKivStringT(L"HEH"), TTextStyle{0xFF0000, 12.0f, 90.0f});  // reads upwards
+    ink = inkBox();
+    ASSERT_TRUE(ink.isValid());
+    EXPECT_GT(ink.getHeight(), 20);
+    EXPECT_LT(ink.getWidth(), 15);
+    EXPECT_NEAR(ink.top, 200 - 20, 2);  // the anchor is at the bottom now
+    EXPECT_LE(ink.right, 101);          // and the letters stand to its left
+
+    surface->clear(kWhite);
+    renderer.drawText({20, 100, 0}, CKivStringT(L"tiny"), TTextStyle{0xFF0000, 2.0f, 0.0f});
+    EXPECT_FALSE(inkBox().isValid());  // too small to read: left out
+}
