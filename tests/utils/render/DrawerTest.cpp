@@ -137,6 +137,28 @@ TEST(DrawerMapSurface, ScrollLeavesAWhiteStripAndMovesThePicture) {
     EXPECT_EQ(at(map, 8, 3), kBlue);
 }
 
+TEST(DrawerMapSurface, CreateAndResizeTraceTheNewWhiteSurface) {
+    TestWindow window(16, 8);
+    Drawer drawer;
+    const RECT plot{0, 0, 16, 8};
+    kiv_test::LogCapture log;
+    ASSERT_TRUE(drawer.Create(window.window, &plot));
+    ASSERT_EQ(log.count(), 1u);
+    EXPECT_EQ(log.entries()[0].text.rfind(L"init: generating new mapSurface ", 0), 0u);
+    EXPECT_EQ(log.entries()[0].text.size(), std::wstring(L"init: generating new mapSurface 01234567\n").size());
+
+    const RECT larger{0, 0, 24, 10};
+    ASSERT_TRUE(drawer.ChangePlotRect(&larger));
+    ASSERT_EQ(log.count(), 2u);
+    EXPECT_EQ(log.entries()[1].text.rfind(L"generating new mapSurface on resize ", 0), 0u);
+    EXPECT_EQ(drawer.getMapSurface()->getWidth(), 24);
+    EXPECT_EQ(drawer.getMapSurface()->getHeight(), 10);
+    EXPECT_EQ(at(*drawer.getMapSurface(), 23, 9), kWhite);
+    EXPECT_FALSE(drawer.ChangePlotRect(nullptr));
+    EXPECT_FALSE(drawer.Create(nullptr, &plot));
+    EXPECT_FALSE(drawer.Create(window.window, nullptr));
+}
+
 TEST(DrawerMapSurface, DumpHandsOverThePictureAndLeavesAWhiteSurface) {
     TestWindow window(16, 8);
     Drawer drawer;
