@@ -223,6 +223,14 @@ TEST(DrawerPasses, OneLockForBothKindsOfPass) {
     EXPECT_TRUE(drawer.EndHudRendering());
     EXPECT_EQ(drawer.getHudSurface(), nullptr);
     EXPECT_FALSE(drawer.EndHudRendering());
+
+    // Ending a heads-up pass as a map pass copies the map and keeps the heads-up surface.
+    PatBlt(window.dc, 0, 0, 20, 12, WHITENESS);
+    ASSERT_TRUE(drawer.StartHudRendering(window.dc));
+    EXPECT_TRUE(drawer.EndRendering());
+    EXPECT_FALSE(drawer.IsRenderLocked());
+    EXPECT_EQ(GetPixel(window.dc, 4, 2), kRed);
+    EXPECT_NE(drawer.getHudSurface(), nullptr);
 }
 
 TEST(ImageBlits, TransparentColourIsLeftOutAndOnlyDcsAndBitmapsAreSources) {
