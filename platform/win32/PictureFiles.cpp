@@ -117,8 +117,12 @@ HBITMAP DecodePng(const std::uint8_t* data, std::size_t size) {
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
     if (!png_image_begin_read_from_memory(&image, data, size)) return nullptr;
+    // Deflate never expands data more than 1032 times, and a row holds at least one
+    // filter byte and a bit per pixel: a size the file's bytes cannot fill is a lie, and
+    // is refused before anything the size of the picture is allocated.
+    const std::uint64_t leastRaw = std::uint64_t(image.height) * (1 + (std::uint64_t(image.width) + 7) / 8);
     if (image.width == 0 || image.height == 0 || image.width > kMaxSurfaceSide || image.height > kMaxSurfaceSide ||
-        static_cast<std::int64_t>(image.width) * image.height > kMaxSurfacePixels) {
+        static_cast<std::int64_t>(image.width) * image.height > kMaxSurfacePixels || leastRaw > 1100 * std::uint64_t(size)) {
         png_image_free(&image);
         return nullptr;
     }
