@@ -43,7 +43,14 @@ bool clipSegment(double& x1, double& y1, double& x2, double& y2, double left, do
     return true;
 }
 
-POINT pixel(double x, double y) { return {static_cast<LONG>(std::lround(x)), static_cast<LONG>(std::lround(y))}; }
+// Rounds half away from zero, as lround does, without a library call: every value
+// reaching here lies within the guard.
+LONG nearest(double v) { return static_cast<LONG>(v >= 0.0 ? v + 0.5 : v - 0.5); }
+POINT pixel(double x, double y) { return {nearest(x), nearest(y)}; }
+
+bool inside(double x, double y, double left, double top, double right, double bottom) {
+    return x >= left && x <= right && y >= top && y <= bottom;
+}
 
 }  // namespace
 
@@ -101,8 +108,9 @@ void SurfaceRenderer::drawPolyline(const TCoord3d* points, int count, const TLin
         double x1 = toPixelX(points[i - 1].x), y1 = toPixelY(points[i - 1].y);
         double x2 = toPixelX(points[i].x), y2 = toPixelY(points[i].y);
         const double sx = x2, sy = y2;
-        if (!(std::isfinite(x1) && std::isfinite(y1) && std::isfinite(x2) && std::isfinite(y2)) ||
-            !clipSegment(x1, y1, x2, y2, left, top, right, bottom)) {
+        const bool within = inside(x1, y1, left, top, right, bottom) && inside(x2, y2, left, top, right, bottom);
+        if (!within && (!(std::isfinite(x1) && std::isfinite(y1) && std::isfinite(x2) && std::isfinite(y2)) ||
+                        !clipSegment(x1, y1, x2, y2, left, top, right, bottom))) {
             flush();
             continue;
         }

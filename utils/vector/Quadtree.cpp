@@ -83,7 +83,7 @@ public:
             // A polyline's elements are the lines and arcs that name it.
             std::vector<LineBuffer::Feature> lines;
             for (std::uint32_t i = 0; i < blob_->getLineCount(); ++i) {
-                if (blob_->getLinePolyLineIndex(i) == entity.index) lines.push_back({0, 0, 0, 0, i, entity.index});
+                if (blob_->getLinePolyLineIndex(i) == entity.index) lines.push_back(LineBuffer::featureOf(*blob_, i));
             }
             LineBuffer(std::move(lines)).render(context);
             for (std::uint32_t i = 0; i < blob_->getArcCount(); ++i) {

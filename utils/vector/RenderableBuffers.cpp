@@ -121,12 +121,15 @@ std::shared_ptr<LineBuffer> LineBuffer::fromBlob(const VectorBlob& blob) {
     std::vector<Feature> features;
     if (const VectorFormat::LinesList* lines = blob.getLinesList()) {
         features.reserve(lines->getCount());
-        for (std::uint32_t i = 0; i < lines->getCount(); ++i) {
-            const TCoord3d a = lines->getStart(i), b = lines->getEnd(i);
-            features.push_back({a.x, a.y, b.x, b.y, i, blob.getLinePolyLineIndex(i)});
-        }
+        for (std::uint32_t i = 0; i < lines->getCount(); ++i) features.push_back(featureOf(blob, i));
     }
     return std::make_shared<LineBuffer>(std::move(features));
+}
+
+LineBuffer::Feature LineBuffer::featureOf(const VectorBlob& blob, std::uint32_t index) {
+    const VectorFormat::LinesList* lines = blob.getLinesList();
+    const TCoord3d a = lines->getStart(index), b = lines->getEnd(index);
+    return {a.x, a.y, b.x, b.y, index, blob.getLinePolyLineIndex(index), a.z, b.z};
 }
 
 LineBuffer::LineBuffer(std::vector<Feature> features) : FeatureBuffer(std::move(features)) {
@@ -138,21 +141,20 @@ void LineBuffer::render(const TRenderContext& context) const {
     if (lines == nullptr) return;
     const BoundingBox view = context.renderer->getViewport();
     // Lines of one polyline share its style, and they mostly come in a row: the style
-    // is looked up again only when the polyline changes.
-    std::uint32_t styleWord = 0;
-    bool haveStyle = false, styleFound = false;
+    // is looked up again only when the polyline changes. The ends come from the buffer's
+    // own copy, so drawing a line touches the image only for a new style.
+    int stylePolyLine = -1;
+    bool styleFound = false;
     TLineStyle style;
     for (const Feature& f : features_) {
         if (f.index >= lines->getCount() || !context.firstInPass(&TRenderMarks::lines, f.index)) continue;
-        const std::uint32_t word = lines->getPolyLineWord(f.index);
-        if (!haveStyle || word != styleWord) {
+        if (f.polyLine < 0 || f.polyLine != stylePolyLine) {
             styleFound = context.blob->getLineStyle(f.index, style);
-            styleWord = word;
-            haveStyle = true;
+            stylePolyLine = f.polyLine;
         }
         if (!styleFound) continue;
-        const TCoord3d ends[2] = {context.from->convert(lines->getStart(f.index), *context.to),
-                                  context.from->convert(lines->getEnd(f.index), *context.to)};
+        const TCoord3d ends[2] = {context.from->convert(f.x1, f.y1, f.z1, *context.to),
+                                  context.from->convert(f.x2, f.y2, f.z2, *context.to)};
         if (!view.intersects(boxOfSegment(ends[0].x, ends[0].y, ends[1].x, ends[1].y))) continue;
         context.renderer->drawPolyline(ends, 2, style);
         context.countDrawn();

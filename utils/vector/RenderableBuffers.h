@@ -112,6 +112,7 @@ struct TLineFeature {
     double x1, y1, x2, y2;
     std::uint32_t index;
     int polyLine;
+    double z1 = 0.0, z2 = 0.0;  // the heights, which drawing converts along
 };
 
 class PointBuffer : public FeatureBuffer<TPointFeature> {
@@ -127,6 +128,8 @@ public:
 class LineBuffer : public FeatureBuffer<TLineFeature> {
 public:
     static std::shared_ptr<LineBuffer> fromBlob(const VectorBlob& blob);
+    // Line `index` of the blob, which must hold it.
+    static Feature featureOf(const VectorBlob& blob, std::uint32_t index);
     explicit LineBuffer(std::vector<Feature> features);
 
     void render(const TRenderContext& context) const override;
