@@ -32,6 +32,17 @@ struct ScratchRoot : ScratchFolder {
     }
 };
 
+// Takes whatever the render walk hands over and only counts it.
+struct CountingRenderer : IRenderer {
+    BoundingBox getViewport() const override { return {-1e9, 1e9, 1e9, -1e9}; }
+    // Coarse pixels, so that hostile arcs and splines stay a few chords long.
+    double getPixelSize() const override { return 1e6; }
+    void drawPoint(const TCoord3d&, const TPointStyle&) override { ++calls; }
+    void drawPolyline(const TCoord3d*, int, const TLineStyle&) override { ++calls; }
+    void drawText(const TCoord3d&, const CKivStringT&, const TTextStyle&) override { ++calls; }
+    std::size_t calls = 0;
+};
+
 void readEverything(VectorBlob& blob) {
     Counter counter;
     blob.enumPointers(counter);
@@ -49,12 +60,16 @@ void readEverything(VectorBlob& blob) {
     }
     for (std::uint32_t i = 0; i < blob.getPolyLineCount() && i < 4096; ++i) blob.getPolyLineStyle(i, lineStyle);
     for (std::uint32_t i = 0; i < blob.getLabelCount() && i < 4096; ++i) blob.getLabel(i, label);
+    TSpline spline;
+    for (std::uint32_t i = 0; i < blob.getSplineCount() && i < 64; ++i) blob.getSpline(i, spline);
 
     auto tree = buildQuadtree(blob);
     Csx::CIdentityCs identity;
     TCoord2d at{0.0, 0.0};
     TPickResult found;
     tree->pick(at, identity, identity, 1.0, {eStakeablePoint, eStakeableLine}, found);
+    CountingRenderer renderer;
+    tree->render(0, identity, identity, &renderer);
 }
 
 }  // namespace

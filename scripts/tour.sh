@@ -2,6 +2,7 @@
 # A short tour of kivutil: what `make run` shows. Files it makes go to a temporary folder.
 set -eu
 K=$(cd "$(dirname "$1")" && pwd)/$(basename "$1")
+START=$(pwd)
 WORK=$(mktemp -d)
 trap 'rm -rf "$WORK"' EXIT
 run() {
@@ -30,3 +31,6 @@ run history append job-history.xml Note "Backsight checked"
 run history verify job-history.xml
 printf '123456789' > check.txt
 run crc16 check.txt
+# Last, the main job: the sample site plan drawn through its index into map.png, here.
+cd "$START"
+run render -o map.png

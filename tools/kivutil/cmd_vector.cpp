@@ -11,8 +11,7 @@
 
 #include "platform/host/TextCodec.h"
 #include "tools/kivutil/Command.h"
-#include "utils/runtime/FileChecks.h"
-#include "utils/vector/MappedVectorImage.h"
+#include "tools/kivutil/VectorImageLoad.h"
 #include "utils/vector/Quadtree.h"
 #include "utils/vector/SampleSitePlan.h"
 #include "utils/vector/VectorFile.h"
@@ -21,6 +20,7 @@
 namespace {
 
 using kivutil::BadInput;
+using kivutil::LoadVectorImage;
 
 std::wstring Wide(const std::string& s) { return kiv_text::FromUtf8(s); }
 
@@ -29,79 +29,6 @@ std::optional<double> ParseNumber(const std::string& text) {
     const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
     if (result.ec != std::errc() || result.ptr != text.data() + text.size()) return std::nullopt;
     return value;
-}
-
-// An image to look at: the named file, or the built-in sample when no file is named.
-struct LoadedImage {
-    std::shared_ptr<VectorBlob> blob;
-    std::string label;   // the file name or "(built-in sample)"
-    std::wstring name;   // for entity names: the file's name without folder and extension
-    std::size_t bytes = 0;
-};
-
-// Maps the file (copy-on-write) and makes it usable in place; nothing is read or copied
-// up front. On failure prints one line saying why.
-std::optional<LoadedImage> LoadMapped(const std::string& file) {
-    EMappedLoadResult result = EMappedLoadResult::eNoFile;
-    LoadedImage image;
-    image.blob = loadMappedVectorImage(Wide(file).c_str(), &result);
-    const char* why = nullptr;
-    switch (result) {
-        case EMappedLoadResult::eLoaded: break;
-        case EMappedLoadResult::eNoFile: why = "the file does not exist or cannot be mapped"; break;
-        case EMappedLoadResult::eEmpty: why = "the file is empty"; break;
-        case EMappedLoadResult::eTooLarge: why = "the file is larger than 2 GiB"; break;
-        case EMappedLoadResult::eNotAnImage: why = "it is not a vector image, or its directory or fixup table is damaged, or required entities are missing"; break;
-    }
-    if (why != nullptr) {
-        std::cerr << "kivutil: cannot map " << file << ": " << why << "\n";
-        return std::nullopt;
-    }
-    std::uint64_t size = 0;
-    if (FileChecks::GetSize(Wide(file).c_str(), size)) image.bytes = static_cast<std::size_t>(size);
-    image.label = file + " (mapped)";
-    const std::string base = file.substr(file.find_last_of("/\\") + 1);
-    image.name = Wide(base.substr(0, base.find_last_of('.')));
-    return image;
-}
-
-// Loads the file (read whole, made usable in place). On failure prints one line saying
-// why; the loader's own lines, naming missing kinds, have gone to the log already.
-std::optional<LoadedImage> Load(const std::string& file) {
-    LoadedImage image;
-    if (file.empty()) {
-        image.blob = buildSampleSitePlan();
-        image.label = "(built-in sample)";
-        image.name = L"sample";
-        if (!image.blob) std::cerr << "kivutil: cannot build the sample image: no memory for its pools\n";
-        return image.blob ? std::optional<LoadedImage>(image) : std::nullopt;
-    }
-    std::shared_ptr<unsigned char[]> bytes;
-    using kiv_vector_detail::EReadResult;
-    const EReadResult read =
-        kiv_vector_detail::readWholeFile(Wide(file).c_str(), VectorImageLibrary::kMaxImageBytes, bytes, image.bytes);
-    const char* why = nullptr;
-    switch (read) {
-        case EReadResult::eRead: break;
-        case EReadResult::eNoFile: why = "the file does not exist or cannot be opened"; break;
-        case EReadResult::eTooLarge: why = "the file is larger than 2 GiB"; break;
-        case EReadResult::eNoMemory: why = "there is not enough memory to hold it"; break;
-        case EReadResult::eReadFailed: why = "the file could not be read completely"; break;
-    }
-    if (why == nullptr) {
-        image.blob.reset(new VectorBlob());
-        if (image.blob->deserialize(bytes, static_cast<int>(image.bytes))) {
-            image.label = file;
-            const std::string base = file.substr(file.find_last_of("/\\") + 1);
-            image.name = Wide(base.substr(0, base.find_last_of('.')));
-            return image;
-        }
-        why = image.blob->getDirectory() != nullptr
-                  ? "required entities are missing (the lines above name them)"
-                  : "it is not a vector image, or its directory or fixup table is damaged";
-    }
-    std::cerr << "kivutil: cannot load " << file << ": " << why << "\n";
-    return std::nullopt;
 }
 
 std::string Box(const BoundingBox& box) {
@@ -150,7 +77,7 @@ int RunSample(const std::string& output) {
 
 int RunInfo(const std::string& file, bool mapped) {
     if (mapped && file.empty()) return BadInput("--mapped needs an image file; the built-in sample is not a file");
-    const auto image = mapped ? LoadMapped(file) : Load(file);
+    const auto image = mapped ? LoadMappedVectorImage(file) : LoadVectorImage(file);
     if (!image) return kivutil::kExitFailed;
     VectorBlob& blob = *image->blob;
     std::cout << "image: " << image->label;
@@ -178,7 +105,7 @@ int RunInfo(const std::string& file, bool mapped) {
 }
 
 int RunIndex(const std::string& file) {
-    const auto image = Load(file);
+    const auto image = LoadVectorImage(file);
     if (!image) return kivutil::kExitFailed;
     auto tree = buildQuadtree(*image->blob);
     const TQuadtreeStats stats = getQuadtreeStats(*tree->getRoot());
@@ -207,7 +134,7 @@ int RunPick(const PickOptions& o) {
     if (!x || !y) return BadInput("cannot read \"" + o.x + " " + o.y + "\" as a position; give x and y as numbers, e.g. 5050.5 8035");
     if (!tolerance || !(*tolerance >= 0.0)) return BadInput("the tolerance must be a number of 0 or more");
     if (o.pointsOnly && o.linesOnly) return BadInput("--points-only and --lines-only exclude each other");
-    const auto image = Load(o.file == "-" ? std::string() : o.file);
+    const auto image = LoadVectorImage(o.file == "-" ? std::string() : o.file);
     if (!image) return kivutil::kExitFailed;
     StakeableEntities kinds;
     if (!o.linesOnly) kinds.insert(eStakeablePoint);

@@ -79,9 +79,13 @@ public:
         : root_(std::move(root)), keepAlive_(blob.weak_from_this().lock()), blob_(&blob) {}
 
     void render(int pass, const Csx::CCs& from, const Csx::CCs& to, IRenderer* renderer) override {
+        stats_ = TRenderStats();
         if (renderer == nullptr) return;
-        const BoundingBox view = transformBBox(renderer->getViewport(), to, from);
-        const TRenderContext context{blob_, &from, &to, renderer};
+        // All four corners of the viewport: under a rotated view the two-corner box of
+        // transformBBox misses much of what is shown.
+        const BoundingBox view = transformBBoxCorners(renderer->getViewport(), to, from);
+        prepareMarks();
+        const TRenderContext context{blob_, &from, &to, renderer, pass, &marks_, &stats_};
         renderNode(*root_, pass, view, context);
     }
 
@@ -90,13 +94,14 @@ public:
         if (renderer == nullptr || entity.index < 0) return;
         const TRenderContext context{blob_, &from, &to, renderer};
         if (entity.kind == TPickResult::ePoint) {
+            if (static_cast<std::uint32_t>(entity.index) >= blob_->getPointCount()) return;
             PointBuffer(std::vector<PointBuffer::Feature>{{0, 0, static_cast<std::uint32_t>(entity.index)}})
                 .render(context);
         } else if (entity.kind == TPickResult::eLine) {
             // A polyline's elements are the lines and arcs that name it.
             std::vector<LineBuffer::Feature> lines;
             for (std::uint32_t i = 0; i < blob_->getLineCount(); ++i) {
-                if (blob_->getLinePolyLineIndex(i) == entity.index) lines.push_back({0, 0, 0, 0, i, entity.index});
+                if (blob_->getLinePolyLineIndex(i) == entity.index) lines.push_back(LineBuffer::featureOf(*blob_, i));
             }
             LineBuffer(std::move(lines)).render(context);
             for (std::uint32_t i = 0; i < blob_->getArcCount(); ++i) {
@@ -104,6 +109,8 @@ public:
             }
         }
     }
+
+    TRenderStats getRenderStats() const override { return stats_; }
 
     bool pick(TCoord2d& at, const Csx::CCs& from, const Csx::CCs& to, double tolerance,
               const StakeableEntities& kinds, TPickResult& result) override {
@@ -122,18 +129,31 @@ public:
     }
 
     std::shared_ptr<QuadtreeNode> getRoot() const override { return root_; }
+    const VectorBlob* getBlob() const override { return blob_; }
 
 private:
     static void renderNode(const QuadtreeNode& node, int pass, const BoundingBox& view, const TRenderContext& context) {
         if (!node.getBBox().intersects(view)) return;
+        ++context.stats->nodesVisited;
         const auto& buffers = node.getBuffers();
         for (int i = 0; i < buffers.GetSize(); ++i) {
+            // A buffer that could not be divided is shared by all four children.
             if (buffers[i]->lastPass == pass) continue;
             buffers[i]->lastPass = pass;
+            context.stats->featuresVisited += buffers[i]->getFeatureCount();
             buffers[i]->render(context);
         }
         if (node.isLeaf()) return;
         for (int q = 0; q < 4; ++q) renderNode(*node.getChild(q), pass, view, context);
+    }
+
+    // One mark per feature of the blob, made on the first walk.
+    void prepareMarks() {
+        marks_.points.resize(blob_->getPointCount(), kNoPass);
+        marks_.lines.resize(blob_->getLineCount(), kNoPass);
+        marks_.arcs.resize(blob_->getArcCount(), kNoPass);
+        marks_.labels.resize(blob_->getLabelCount(), kNoPass);
+        marks_.splines.resize(blob_->getSplineCount(), kNoPass);
     }
 
     static void pickNode(const QuadtreeNode& node, const TCoord2d& at, double tolerance, bool points, bool lines,
@@ -149,9 +169,13 @@ private:
         for (int q = 0; q < 4; ++q) pickNode(*node.getChild(q), at, tolerance, points, lines, best);
     }
 
+    static constexpr int kNoPass = -1;
+
     std::shared_ptr<QuadtreeNode> root_;
     std::shared_ptr<VectorBlob> keepAlive_;
     const VectorBlob* blob_;
+    TRenderMarks marks_;
+    TRenderStats stats_;
 };
 
 void collectStats(const QuadtreeNode& node, int depth, TQuadtreeStats& stats) {
@@ -179,6 +203,8 @@ std::shared_ptr<IRenderTree> buildQuadtree(VectorBlob& blob) {
     root->insertBuffer(points);
     root->insertBuffer(lines);
     for (std::uint32_t i = 0; i < blob.getArcCount(); ++i) root->insertBuffer(std::make_shared<ArcBuffer>(blob, i));
+    for (std::uint32_t i = 0; i < blob.getSplineCount(); ++i) root->insertBuffer(std::make_shared<SplineBuffer>(blob, i));
+    root->insertBuffer(LabelBuffer::fromBlob(blob));
     root->calcBBox();
     root->rebalance(0);
     return std::shared_ptr<IRenderTree>(new QuadtreeRenderTree(std::move(root), blob));

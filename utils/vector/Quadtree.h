@@ -80,10 +80,16 @@ using StakeableEntities = std::set<EStakeableEntity>;
 class IRenderTree : public SharedHeapObject {
 public:
     virtual ~IRenderTree() = default;
-    // Draws every buffer whose node meets the renderer's viewport, converting from the
-    // image's system `from` into the view's `to`. `pass` numbers the drawing pass: a
-    // buffer shared by several nodes is drawn once per pass.
+    // Draws the features of the nodes whose box meets the renderer's viewport (carried
+    // into the image's system `from` by all four of its corners) that lie in the view,
+    // converting them into the view's system `to`. Only those nodes are visited.
+    // `pass` names one frame: within a pass each feature is drawn once, however many
+    // buffers hold it, so a caller gives every frame a new number (a counter from 0 will do;
+    // -1 is the mark of "never drawn" and draws nothing).
+    // Walking again with the number of the last pass draws nothing new.
     virtual void render(int pass, const Csx::CCs& from, const Csx::CCs& to, IRenderer* renderer) = 0;
+    // What the last render walk visited and drew.
+    virtual TRenderStats getRenderStats() const = 0;
     // Draws the one entity a pick returned (a point, or every element of a polyline).
     virtual void renderEntity(const TPickResult& entity, const Csx::CCs& from, const Csx::CCs& to,
                               IRenderer* renderer) = 0;
@@ -94,6 +100,8 @@ public:
     virtual bool pick(TCoord2d& at, const Csx::CCs& from, const Csx::CCs& to, double tolerance,
                       const StakeableEntities& kinds, TPickResult& result) = 0;
     virtual std::shared_ptr<QuadtreeNode> getRoot() const = 0;
+    // The image the tree indexes.
+    virtual const VectorBlob* getBlob() const = 0;
 };
 
 // Builds the index of a blob, in time and memory linear in its feature count (see

@@ -2,6 +2,7 @@
 // through a renderer, and offers its features to a pick.
 #include "utils/vector/RenderableBuffers.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
@@ -27,6 +28,20 @@ TCoord2d nearestOnSegment(const TCoord2d& p, double x1, double y1, double x2, do
 
 BoundingBox boxOfSegment(double x1, double y1, double x2, double y2) {
     return {std::min(x1, x2), std::max(y1, y2), std::max(x1, x2), std::min(y1, y2)};
+}
+
+// The quadrants of `node` that `item` touches (0 upper left .. 3 lower right); true
+// when it touches all four.
+bool touchedQuadrants(const BoundingBox& node, const BoundingBox& item, bool touches[4]) {
+    const double cx = node.left + node.getWidth() / 2;
+    const double cy = node.bottom + node.getHeight() / 2;
+    const bool leftSide = item.left < cx, rightSide = item.right >= cx;
+    const bool upper = item.top >= cy, lower = item.bottom < cy;
+    touches[0] = leftSide && upper;
+    touches[1] = rightSide && upper;
+    touches[2] = leftSide && lower;
+    touches[3] = rightSide && lower;
+    return touches[0] && touches[1] && touches[2] && touches[3];
 }
 
 // Differences this close to zero count as zero where a line is tested against the centre.
@@ -74,9 +89,12 @@ void PointBuffer::render(const TRenderContext& context) const {
     const BoundingBox view = context.renderer->getViewport();
     for (const Feature& f : features_) {
         TPointStyle style;
-        if (f.index >= points->getCount() || !context.blob->getPointStyle(f.index, style)) continue;
+        if (f.index >= points->getCount() || !context.firstInPass(&TRenderMarks::points, f.index)) continue;
+        if (!context.blob->getPointStyle(f.index, style)) continue;
         const TCoord3d at = context.from->convert(points->getPosition(f.index), *context.to);
-        if (view.contains(at.x, at.y)) context.renderer->drawPoint(at, style);
+        if (!view.contains(at.x, at.y)) continue;
+        context.renderer->drawPoint(at, style);
+        context.countDrawn();
     }
 }
 
@@ -103,12 +121,15 @@ std::shared_ptr<LineBuffer> LineBuffer::fromBlob(const VectorBlob& blob) {
     std::vector<Feature> features;
     if (const VectorFormat::LinesList* lines = blob.getLinesList()) {
         features.reserve(lines->getCount());
-        for (std::uint32_t i = 0; i < lines->getCount(); ++i) {
-            const TCoord3d a = lines->getStart(i), b = lines->getEnd(i);
-            features.push_back({a.x, a.y, b.x, b.y, i, blob.getLinePolyLineIndex(i)});
-        }
+        for (std::uint32_t i = 0; i < lines->getCount(); ++i) features.push_back(featureOf(blob, i));
     }
     return std::make_shared<LineBuffer>(std::move(features));
+}
+
+LineBuffer::Feature LineBuffer::featureOf(const VectorBlob& blob, std::uint32_t index) {
+    const VectorFormat::LinesList* lines = blob.getLinesList();
+    const TCoord3d a = lines->getStart(index), b = lines->getEnd(index);
+    return {a.x, a.y, b.x, b.y, index, blob.getLinePolyLineIndex(index), a.z, b.z};
 }
 
 LineBuffer::LineBuffer(std::vector<Feature> features) : FeatureBuffer(std::move(features)) {
@@ -119,20 +140,31 @@ void LineBuffer::render(const TRenderContext& context) const {
     const VectorFormat::LinesList* lines = context.blob->getLinesList();
     if (lines == nullptr) return;
     const BoundingBox view = context.renderer->getViewport();
+    // Lines of one polyline share its style, and they mostly come in a row: the style
+    // is looked up again only when the polyline changes. The ends come from the buffer's
+    // own copy, so drawing a line touches the image only for a new style.
+    int stylePolyLine = -1;
+    bool styleFound = false;
+    TLineStyle style;
     for (const Feature& f : features_) {
-        TLineStyle style;
-        if (f.index >= lines->getCount() || !context.blob->getLineStyle(f.index, style)) continue;
-        const TCoord3d ends[2] = {context.from->convert(lines->getStart(f.index), *context.to),
-                                  context.from->convert(lines->getEnd(f.index), *context.to)};
-        if (view.intersects(boxOfSegment(ends[0].x, ends[0].y, ends[1].x, ends[1].y))) {
-            context.renderer->drawPolyline(ends, 2, style);
+        if (f.index >= lines->getCount() || !context.firstInPass(&TRenderMarks::lines, f.index)) continue;
+        if (f.polyLine < 0 || f.polyLine != stylePolyLine) {
+            styleFound = context.blob->getLineStyle(f.index, style);
+            stylePolyLine = f.polyLine;
         }
+        if (!styleFound) continue;
+        const TCoord3d ends[2] = {context.from->convert(f.x1, f.y1, f.z1, *context.to),
+                                  context.from->convert(f.x2, f.y2, f.z2, *context.to)};
+        if (!view.intersects(boxOfSegment(ends[0].x, ends[0].y, ends[1].x, ends[1].y))) continue;
+        context.renderer->drawPolyline(ends, 2, style);
+        context.countDrawn();
     }
 }
 
 void LineBuffer::pick(const TCoord2d& at, double tolerance, bool, bool lines, TPickResult& best) const {
     if (!lines) return;
     for (const Feature& f : features_) {
+        if (f.polyLine < 0) continue;  // a line of no polyline has no name to be staked by
         const TCoord2d nearest = nearestOnSegment(at, f.x1, f.y1, f.x2, f.y2);
         offer(best, tolerance, TPickResult::eLine, f.polyLine, std::hypot(at.x - nearest.x, at.y - nearest.y), nearest);
     }
@@ -165,6 +197,87 @@ bool LineBuffer::split(const BoundingBox& box, std::shared_ptr<IRenderableBuffer
     return true;
 }
 
+// ---- labels --------------------------------------------------------------------------
+
+namespace {
+
+BoundingBox textExtent(const TLabel& label) {
+    const double h = std::fabs(static_cast<double>(label.style.height));
+    const double length = 0.7 * h * label.text.GetLength();
+    const double r = static_cast<double>(label.style.rotation) * std::numbers::pi / 180.0;
+    const double ux = std::cos(r), uy = std::sin(r);  // along the baseline
+    const double vx = -uy, vy = ux;                   // up the letters
+    BoundingBox box;
+    for (const double along : {0.0, length}) {
+        for (const double up : {-0.25 * h, h}) {
+            box.widen(label.position.x + along * ux + up * vx, label.position.y + along * uy + up * vy);
+        }
+    }
+    return box;
+}
+
+}  // namespace
+
+std::shared_ptr<LabelBuffer> LabelBuffer::fromBlob(const VectorBlob& blob) {
+    std::vector<Feature> features;
+    for (std::uint32_t i = 0; i < blob.getLabelCount(); ++i) {
+        TLabel label;
+        if (!blob.getLabel(i, label) || !std::isfinite(label.position.x) || !std::isfinite(label.position.y)) continue;
+        BoundingBox extent = textExtent(label);
+        if (!extent.isValid()) extent = BoundingBox(label.position.x, label.position.y, label.position.x, label.position.y);
+        features.push_back({label.position.x, label.position.y, i, extent});
+    }
+    return std::make_shared<LabelBuffer>(std::move(features));
+}
+
+LabelBuffer::LabelBuffer(std::vector<Feature> features) : FeatureBuffer(std::move(features)) {
+    for (const Feature& f : features_) box_.widen(f.extent);
+}
+
+void LabelBuffer::render(const TRenderContext& context) const {
+    for (const Feature& f : features_) {
+        TLabel label;
+        if (!context.firstInPass(&TRenderMarks::labels, f.index) || !context.blob->getLabel(f.index, label)) continue;
+        // The text's height and direction are carried into the view as a vector each.
+        const double r = static_cast<double>(label.style.rotation) * std::numbers::pi / 180.0;
+        const double h = static_cast<double>(label.style.height);
+        const TCoord3d& p = label.position;
+        const TCoord3d at = context.from->convert(p, *context.to);
+        const TCoord3d along = context.from->convert(p.x + std::cos(r), p.y + std::sin(r), p.z, *context.to);
+        const TCoord3d up = context.from->convert(p.x - h * std::sin(r), p.y + h * std::cos(r), p.z, *context.to);
+        TTextStyle style = label.style;
+        style.height = static_cast<float>(std::hypot(up.x - at.x, up.y - at.y));
+        style.rotation = static_cast<float>(std::atan2(along.y - at.y, along.x - at.x) * 180.0 / std::numbers::pi);
+        BoundingBox drawn;
+        for (const double ex : {f.extent.left, f.extent.right}) {
+            for (const double ey : {f.extent.bottom, f.extent.top}) {
+                const TCoord3d corner = context.from->convert(ex, ey, p.z, *context.to);
+                drawn.widen(corner.x, corner.y);
+            }
+        }
+        if (!context.renderer->getViewport().intersects(drawn)) continue;
+        context.renderer->drawText(at, label.text, style);
+        context.countDrawn();
+    }
+}
+
+bool LabelBuffer::split(const BoundingBox& box, std::shared_ptr<IRenderableBuffer> parts[4]) const {
+    std::vector<Feature> quarters[4];
+    bool divided = false;
+    for (const Feature& f : features_) {
+        bool touches[4];
+        divided = !touchedQuadrants(box, f.extent, touches) || divided;
+        for (int q = 0; q < 4; ++q) {
+            if (touches[q]) quarters[q].push_back(f);
+        }
+    }
+    if (!divided) return false;
+    for (int q = 0; q < 4; ++q) {
+        parts[q] = quarters[q].empty() ? nullptr : std::make_shared<LabelBuffer>(std::move(quarters[q]));
+    }
+    return true;
+}
+
 // ---- arcs ----------------------------------------------------------------------------
 
 ArcBuffer::ArcBuffer(const VectorBlob& blob, std::uint32_t arcIndex) : index_(arcIndex) {
@@ -183,9 +296,9 @@ ArcBuffer::ArcBuffer(const VectorBlob& blob, std::uint32_t arcIndex) : index_(ar
 
 void ArcBuffer::render(const TRenderContext& context) const {
     TLineStyle style;
-    if (!valid_ || !context.blob->getArcStyle(index_, style)) return;
-    // Sampled every 5 degrees or closer; the renderer draws the chords.
-    const int steps = std::max(2, static_cast<int>(std::ceil(std::fabs(arc_.getSweep()) / (std::numbers::pi / 36))));
+    if (!valid_ || !context.firstInPass(&TRenderMarks::arcs, index_)) return;
+    if (!context.blob->getArcStyle(index_, style)) return;
+    const int steps = chordCount(context);
     std::vector<TCoord3d> samples(static_cast<std::size_t>(steps) + 1);
     BoundingBox drawn;
     for (int i = 0; i <= steps; ++i) {
@@ -195,11 +308,28 @@ void ArcBuffer::render(const TRenderContext& context) const {
     }
     if (context.renderer->getViewport().intersects(drawn)) {
         context.renderer->drawPolyline(samples.data(), static_cast<int>(samples.size()), style);
+        context.countDrawn();
     }
 }
 
+int ArcBuffer::chordCount(const TRenderContext& context) const {
+    // The radius in pixels, measured in the view; a chord of angle a strays r (1 - cos a/2)
+    // from the arc, which is to stay within half a pixel.
+    const TCoord2d c = arc_.getCenter(), s = arc_.getStart();
+    const TCoord3d cv = context.from->convert(c.x, c.y, z_, *context.to);
+    const TCoord3d sv = context.from->convert(s.x, s.y, z_, *context.to);
+    const double pixel = context.renderer->getPixelSize();
+    const double radius = std::hypot(sv.x - cv.x, sv.y - cv.y) / (pixel > 0.0 ? pixel : 1.0);
+    const double sweep = std::fabs(arc_.getSweep());
+    if (!(radius > 0.5) || !std::isfinite(radius)) return 2;
+    const double chordAngle = 2.0 * std::acos(1.0 - 0.5 / radius);
+    // A bound on the work for an arc far larger than the screen.
+    constexpr double kMaxChords = 1 << 16;
+    return static_cast<int>(std::clamp(std::ceil(sweep / chordAngle), 2.0, kMaxChords));
+}
+
 void ArcBuffer::pick(const TCoord2d& at, double tolerance, bool, bool lines, TPickResult& best) const {
-    if (!lines || !valid_) return;
+    if (!lines || !valid_ || polyLine_ < 0) return;
     const double distance = arc_.distanceTo(at);
     // The nearest position: along the ray from the centre when the arc spans it, else an end.
     TCoord2d nearest = arc_.getStart();
@@ -222,5 +352,47 @@ bool ArcBuffer::split(const BoundingBox& box, std::shared_ptr<IRenderableBuffer>
     const bool touches[4] = {leftSide && upper, rightSide && upper, leftSide && lower, rightSide && lower};
     if (touches[0] && touches[1] && touches[2] && touches[3]) return false;
     for (int q = 0; q < 4; ++q) parts[q] = touches[q] ? std::shared_ptr<ArcBuffer>(new ArcBuffer(*this)) : nullptr;
+    return true;
+}
+
+// ---- splines -------------------------------------------------------------------------
+
+SplineBuffer::SplineBuffer(const VectorBlob& blob, std::uint32_t splineIndex) : index_(splineIndex) {
+    TSpline spline;
+    if (blob.getSpline(splineIndex, spline)) box_ = spline.curve.controlBox();
+}
+
+void SplineBuffer::render(const TRenderContext& context) const {
+    TSpline spline;
+    if (!box_.isValid() || !context.firstInPass(&TRenderMarks::splines, index_)) return;
+    if (!context.blob->getSpline(index_, spline)) return;
+    // The control polygon's length in pixels bounds the curve's, and chords of two pixels
+    // stray a fraction of a pixel from any curve that bends less sharply than a pixel's
+    // radius.
+    BoundingBox drawn;
+    std::vector<TCoord3d> controls;
+    for (const TCoord3d& p : spline.curve.controlPoints) {
+        controls.push_back(context.from->convert(p, *context.to));
+        drawn.widen(controls.back().x, controls.back().y);
+    }
+    if (!context.renderer->getViewport().intersects(drawn)) return;
+    double length = 0.0;
+    for (std::size_t i = 1; i < controls.size(); ++i) {
+        length += std::hypot(controls[i].x - controls[i - 1].x, controls[i].y - controls[i - 1].y);
+    }
+    const double pixel = context.renderer->getPixelSize();
+    const double chords = std::ceil(length / (pixel > 0.0 ? pixel : 1.0) / 2.0);
+    const int count = static_cast<int>(std::clamp(std::isfinite(chords) ? chords : 0.0, 8.0, 65536.0));
+    std::vector<TCoord3d> points = spline.curve.sample(count);
+    for (TCoord3d& p : points) p = context.from->convert(p, *context.to);
+    if (spline.curve.closed) points.push_back(points.front());
+    context.renderer->drawPolyline(points.data(), static_cast<int>(points.size()), spline.style);
+    context.countDrawn();
+}
+
+bool SplineBuffer::split(const BoundingBox& box, std::shared_ptr<IRenderableBuffer> parts[4]) const {
+    bool touches[4];
+    if (!box_.isValid() || touchedQuadrants(box, box_, touches)) return false;
+    for (int q = 0; q < 4; ++q) parts[q] = touches[q] ? std::shared_ptr<SplineBuffer>(new SplineBuffer(*this)) : nullptr;
     return true;
 }

@@ -25,12 +25,44 @@ struct TPickResult {
     TCoord2d nearest;  // the nearest position on the feature, in the image's system
 };
 
-// Everything a buffer needs to draw itself.
+// What one render walk did: the nodes it entered, the features of the buffers it went
+// through (a feature held by several buffers counts in each), the features it drew.
+struct TRenderStats {
+    int nodesVisited = 0;
+    long long featuresVisited = 0;
+    long long featuresDrawn = 0;
+};
+
+// The pass in which each feature was last drawn, by kind and index in its list. Lines,
+// arcs and labels can sit in several buffers of one tree; the marks let a walk draw
+// each of them once.
+struct TRenderMarks {
+    std::vector<int> points, lines, arcs, labels, splines;
+};
+
+// Everything a buffer needs to draw itself. Without marks (a lone buffer drawn for a
+// highlight) every feature is drawn; without stats nothing is counted.
 struct TRenderContext {
     const VectorBlob* blob;
     const Csx::CCs* from;
     const Csx::CCs* to;
     IRenderer* renderer;
+    int pass = 0;
+    TRenderMarks* marks = nullptr;
+    TRenderStats* stats = nullptr;
+
+    // True unless the feature was drawn already in this pass; marks it drawn.
+    bool firstInPass(std::vector<int> TRenderMarks::*kind, std::uint32_t index) const {
+        if (marks == nullptr) return true;
+        std::vector<int>& drawn = marks->*kind;
+        if (index >= drawn.size()) return true;
+        if (drawn[index] == pass) return false;
+        drawn[index] = pass;
+        return true;
+    }
+    void countDrawn() const {
+        if (stats != nullptr) ++stats->featuresDrawn;
+    }
 };
 
 class IRenderableBuffer : public SharedHeapObject {
@@ -80,6 +112,7 @@ struct TLineFeature {
     double x1, y1, x2, y2;
     std::uint32_t index;
     int polyLine;
+    double z1 = 0.0, z2 = 0.0;  // the heights, which drawing converts along
 };
 
 class PointBuffer : public FeatureBuffer<TPointFeature> {
@@ -95,12 +128,35 @@ public:
 class LineBuffer : public FeatureBuffer<TLineFeature> {
 public:
     static std::shared_ptr<LineBuffer> fromBlob(const VectorBlob& blob);
+    // Line `index` of the blob, which must hold it.
+    static Feature featureOf(const VectorBlob& blob, std::uint32_t index);
     explicit LineBuffer(std::vector<Feature> features);
 
     void render(const TRenderContext& context) const override;
     void pick(const TCoord2d& at, double tolerance, bool points, bool lines, TPickResult& best) const override;
     // Lines whose box misses `box` are left out first; the rest go to the quadrants of
     // their ends, whole, never cut (see the definition for lines across the centre).
+    bool split(const BoundingBox& box, std::shared_ptr<IRenderableBuffer> parts[4]) const override;
+};
+
+// A label, with the box its text is expected to cover (from the text's length and its
+// style's height: 0.7 of the height per character, a quarter below the baseline).
+struct TLabelFeature {
+    double x, y;
+    std::uint32_t index;
+    BoundingBox extent;
+};
+
+class LabelBuffer : public FeatureBuffer<TLabelFeature> {
+public:
+    static std::shared_ptr<LabelBuffer> fromBlob(const VectorBlob& blob);
+    explicit LabelBuffer(std::vector<Feature> features);
+
+    void render(const TRenderContext& context) const override;
+    // Labels are not staked.
+    void pick(const TCoord2d&, double, bool, bool, TPickResult&) const override {}
+    // A label goes to each quadrant its text's box touches; the buffer cannot be divided
+    // when every label touches all four.
     bool split(const BoundingBox& box, std::shared_ptr<IRenderableBuffer> parts[4]) const override;
 };
 
@@ -119,11 +175,33 @@ public:
 
 private:
     ArcBuffer() = default;
+    // Chords enough that none strays more than half a pixel from the arc in the view.
+    int chordCount(const TRenderContext& context) const;
 
     CArc arc_;
     bool valid_ = false;
     double z_ = 0.0;
     std::uint32_t index_ = 0;
     int polyLine_ = -1;
+    BoundingBox box_;
+};
+
+// One spline, drawn as chords about two pixels long along its control polygon.
+class SplineBuffer : public IRenderableBuffer {
+public:
+    SplineBuffer(const VectorBlob& blob, std::uint32_t splineIndex);
+
+    const BoundingBox& getBBox() const override { return box_; }
+    int getFeatureCount() const override { return 1; }
+    void render(const TRenderContext& context) const override;
+    // Splines are not staked.
+    void pick(const TCoord2d&, double, bool, bool, TPickResult&) const override {}
+    // As an arc: whole, to each quadrant its box touches.
+    bool split(const BoundingBox& box, std::shared_ptr<IRenderableBuffer> parts[4]) const override;
+
+private:
+    SplineBuffer() = default;
+
+    std::uint32_t index_ = 0;
     BoundingBox box_;
 };

@@ -62,6 +62,10 @@ std::shared_ptr<VectorBlob> buildSampleSitePlan() {
     plan.addArc(at(150, 20), at(160, 35), at(150, 50), false, kerb);
     plan.addLabel(at(40, 34), L"Mill Lane", roadName);
 
+    // A footpath winding north from the road between the buildings and the trees.
+    const int path = plan.addLineStyle(RGB(160, 82, 45), 1, 1);
+    plan.addSpline({at(97, 41), at(103, 55), at(93, 72), at(102, 90), at(94, 108), at(99, 134)}, 3, path);
+
     // Buildings north of the road, each a closed outline with its name.
     const wchar_t* names[] = {L"Block A", L"Block B", L"Block C", L"Workshop", L"Store", L"Office"};
     for (int i = 0; i < 6; ++i) {

@@ -1,4 +1,4 @@
-// transformBBox: two corners, two heights.
+// transformBBox: two corners, two heights; transformBBoxCorners: all four.
 #include "utils/vector/TransformBBox.h"
 
 #include <algorithm>
@@ -13,6 +13,17 @@ BoundingBox transformBBox(const BoundingBox& box, const Csx::CCs& from, const Cs
         result.right = std::max(result.right, p.x);
         result.bottom = std::min(result.bottom, p.y);
         result.top = std::max(result.top, p.y);
+    }
+    return result;
+}
+
+BoundingBox transformBBoxCorners(const BoundingBox& box, const Csx::CCs& from, const Csx::CCs& to) {
+    BoundingBox result;
+    for (const double x : {box.left, box.right}) {
+        for (const double y : {box.bottom, box.top}) {
+            const TCoord3d p = from.convert(x, y, 0.0, to);
+            result.widen(p.x, p.y);
+        }
     }
     return result;
 }

@@ -116,6 +116,11 @@ std::uint32_t VectorBlob::getPolyLineCount() const {
     return list ? list->getSize() / kPolyLineRecordBytes : 0;
 }
 
+std::uint32_t VectorBlob::getSplineCount() const {
+    const auto* list = getList<Entity>(eSplinesList);
+    return list ? list->getSize() / kSplineRecordBytes : 0;
+}
+
 bool VectorBlob::getPointStyle(std::uint32_t point, TPointStyle& style) const {
     const PointsList* points = getPointsList();
     if (points == nullptr || point >= points->getCount()) return false;
@@ -199,6 +204,34 @@ bool VectorBlob::getLabel(std::uint32_t label, TLabel& result) const {
     result.text = CKivStringT(
         kiv_text::FromUtf16Le(std::string_view(reinterpret_cast<const char*>(text), 2 * units)).c_str());
     return true;
+}
+
+bool VectorBlob::getSpline(std::uint32_t spline, TSpline& result) const {
+    constexpr std::uint32_t kMaxControlPoints = 1u << 16, kMaxDegree = 31;
+    if (spline >= getSplineCount()) return false;
+    const unsigned char* record = getList<Entity>(eSplinesList)->data() + std::size_t{spline} * kSplineRecordBytes;
+    const std::uint32_t degree = readU32(record), controls = readU32(record + 4), knots = readU32(record + 8);
+    if (degree < 1 || degree > kMaxDegree || controls > kMaxControlPoints || knots != controls + degree + 1) return false;
+    const unsigned char* points = pools_.fromWord(readU32(record + kSplineControlPointsField),
+                                                  std::size_t{controls} * kSplineControlPointRecordBytes);
+    const unsigned char* values =
+        pools_.fromWord(readU32(record + kSplineKnotsField), std::size_t{knots} * kSplineKnotRecordBytes);
+    if (points == nullptr || values == nullptr) return false;
+    TSplineCurve& curve = result.curve;
+    curve.degree = static_cast<int>(degree);
+    curve.closed = (readU32(record + 28) & 1u) != 0;
+    curve.controlPoints.resize(controls);
+    curve.weights.resize(controls);
+    for (std::uint32_t i = 0; i < controls; ++i) {
+        curve.controlPoints[i] = readPosition(points + std::size_t{i} * kSplineControlPointRecordBytes);
+        curve.weights[i] = readF64(points + std::size_t{i} * kSplineControlPointRecordBytes + 24);
+    }
+    curve.knots.resize(knots);
+    for (std::uint32_t i = 0; i < knots; ++i) curve.knots[i] = readF64(values + std::size_t{i} * kSplineKnotRecordBytes);
+    result.style.colour = readColour(record + 16);
+    result.style.penStyle = static_cast<signed char>(record[19]);
+    result.style.width = static_cast<int>(readU32(record + 20));
+    return curve.isValid();
 }
 
 VectorBlobBuilder::VectorBlobBuilder() : blob_(new VectorBlob()) {}

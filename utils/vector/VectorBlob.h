@@ -10,6 +10,7 @@
 #include "platform/kivutils/Heap.h"
 #include "platform/kivutils/KivString.h"
 #include "utils/vector/PoolManager.h"
+#include "utils/vector/Spline.h"
 #include "utils/vector/VectorRecords.h"
 
 struct TPointStyle {
@@ -34,6 +35,11 @@ struct TLabel {
     TCoord3d position;
     CKivStringT text;
     TTextStyle style;
+};
+
+struct TSpline {
+    TSplineCurve curve;
+    TLineStyle style;
 };
 
 class VectorBlob : public IReader, public SharedHeapObject, public std::enable_shared_from_this<VectorBlob> {
@@ -76,6 +82,7 @@ public:
     std::uint32_t getArcCount() const;
     std::uint32_t getLabelCount() const;
     std::uint32_t getPolyLineCount() const;
+    std::uint32_t getSplineCount() const;
 
     // Following pointer fields. Each target is checked to lie inside the image before it
     // is read, so a malformed file yields false, never a read outside its bytes.
@@ -87,6 +94,10 @@ public:
     int getLinePolyLineIndex(std::uint32_t line) const;
     int getArcPolyLineIndex(std::uint32_t arc) const;
     bool getLabel(std::uint32_t label, TLabel& result) const;
+    // A spline with its control points, weights and knots; false when its record or
+    // arrays leave the image, it has more than 65536 control points or a degree above
+    // 31, or the curve is not valid (TSplineCurve::isValid).
+    bool getSpline(std::uint32_t spline, TSpline& result) const;
 
 private:
     template <typename List>

@@ -67,6 +67,27 @@ int VectorImageProducer::addLabel(const TCoord3d& position, const std::wstring& 
     return static_cast<int>(labels_.size()) - 1;
 }
 
+int VectorImageProducer::addSpline(const std::vector<TCoord3d>& controlPoints, int degree, int lineStyle, bool closed,
+                                   const std::vector<double>& weights) {
+    if (!validIndex(lineStyle, lineStyles_.size()) || degree < 1 ||
+        controlPoints.size() < static_cast<std::size_t>(degree) + 1 ||
+        (!weights.empty() && weights.size() != controlPoints.size())) {
+        return -1;
+    }
+    TSplineCurve curve;
+    curve.degree = degree;
+    curve.closed = closed;
+    curve.controlPoints = controlPoints;
+    curve.weights = weights.empty() ? std::vector<double>(controlPoints.size(), 1.0) : weights;
+    const int inner = static_cast<int>(controlPoints.size()) - degree;  // the knot values run 0 .. inner
+    for (int i = 0; i < degree; ++i) curve.knots.push_back(0.0);
+    for (int i = 0; i <= inner; ++i) curve.knots.push_back(i);
+    for (int i = 0; i < degree; ++i) curve.knots.push_back(inner);
+    if (!curve.isValid()) return -1;
+    splines_.push_back({std::move(curve), lineStyle});
+    return static_cast<int>(splines_.size()) - 1;
+}
+
 std::shared_ptr<VectorBlob> VectorImageProducer::build() const {
     VectorBlobBuilder builder;
     PoolManager& pools = builder.getPoolManager();
@@ -172,6 +193,40 @@ std::shared_ptr<VectorBlob> VectorImageProducer::build() const {
             const unsigned char* target = e.kind == eElementLine ? lines + e.index * kLineRecordBytes
                                                                  : arcs + e.index * kArcRecordBytes;
             link(record + kPolyLineElementTargetField, target);
+        }
+    }
+    // Spline kinds only when there are splines: an image without them holds none.
+    if (!splines_.empty()) {
+        std::size_t controlCount = 0, knotCount = 0;
+        for (const Spline& spline : splines_) {
+            controlCount += spline.curve.controlPoints.size();
+            knotCount += spline.curve.knots.size();
+        }
+        unsigned char* list = addPool(eSplinesList, splines_.size() * kSplineRecordBytes);
+        unsigned char* controls = addPool(eSplinesControlPoints, controlCount * kSplineControlPointRecordBytes);
+        unsigned char* knots = addPool(eSplinesKnots, knotCount * kSplineKnotRecordBytes);
+        if (!list || !controls || !knots) return nullptr;
+        std::size_t control = 0, knot = 0;
+        for (std::size_t i = 0; i < splines_.size(); ++i) {
+            const TSplineCurve& curve = splines_[i].curve;
+            const LineStyle& style = lineStyles_[static_cast<std::size_t>(splines_[i].style)];
+            unsigned char* record = list + i * kSplineRecordBytes;
+            writeU32(record, static_cast<std::uint32_t>(curve.degree));
+            writeU32(record + 4, static_cast<std::uint32_t>(curve.controlPoints.size()));
+            writeU32(record + 8, static_cast<std::uint32_t>(curve.knots.size()));
+            link(record + kSplineControlPointsField, controls + control * kSplineControlPointRecordBytes);
+            writeU32(record + 16, 0);
+            writeColour(record + 16, style.colour);
+            record[19] = static_cast<unsigned char>(static_cast<signed char>(style.penStyle));
+            writeU32(record + 20, static_cast<std::uint32_t>(style.width));
+            link(record + kSplineKnotsField, knots + knot * kSplineKnotRecordBytes);
+            writeU32(record + 28, curve.closed ? 1u : 0u);
+            for (std::size_t j = 0; j < curve.controlPoints.size(); ++j, ++control) {
+                unsigned char* point = controls + control * kSplineControlPointRecordBytes;
+                writePosition(point, curve.controlPoints[j]);
+                writeF64(point + 24, curve.weights[j]);
+            }
+            for (double value : curve.knots) writeF64(knots + knot++ * kSplineKnotRecordBytes, value);
         }
     }
     return builder.build();

@@ -27,6 +27,12 @@ public:
     int addPolyline(const std::vector<TCoord3d>& vertices, int lineStyle);
     int addArc(const TCoord3d& start, const TCoord3d& centre, const TCoord3d& end, bool clockwise, int lineStyle);
     int addLabel(const TCoord3d& position, const std::wstring& text, int textStyle);
+    // A spline through the given control points, clamped at both ends (its knots run
+    // 0 .. 0, 1, 2, .., m .. m), weights 1 unless given, drawn in the line style's
+    // colour, pen style and width. Returns its index in the SplinesList; -1 for a bad
+    // style, a degree below 1, too few control points, or weights that do not match.
+    int addSpline(const std::vector<TCoord3d>& controlPoints, int degree, int lineStyle, bool closed = false,
+                  const std::vector<double>& weights = {});
 
     // The image as a blob holding every required kind; null when no arena could be had.
     // The producer may be built again; each build makes a new blob.
@@ -83,4 +89,9 @@ private:
     std::vector<Arc> arcs_;
     std::vector<PolyLine> polyLines_;
     std::vector<Label> labels_;
+    struct Spline {
+        TSplineCurve curve;
+        int style;
+    };
+    std::vector<Spline> splines_;
 };
