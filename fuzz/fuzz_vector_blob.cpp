@@ -1,20 +1,18 @@
 // Loads arbitrary bytes as a vector image in place, then exercises everything a loaded
 // image offers a reader: typed lists, styles and labels through their pointers, the
 // pointer enumeration, and the quadtree with a pick. A refused image is read the same
-// way, since it keeps the pools it registered. An image that loads is saved again
-// through the image library into a scratch folder, which turns its file-derived words
-// back into offsets, and the saved file is loaded once more. Nothing may read or write
-// outside the bytes.
-#include <stdlib.h>
+// way, since it keeps the pools it registered. An image that loads is loaded into the
+// same blob once more, then saved again through the image library into a scratch
+// folder, which turns its file-derived words back into offsets, and the saved file is
+// loaded once more. Nothing may read or write outside the bytes.
 
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <filesystem>
 #include <memory>
 #include <string>
-#include <system_error>
 
+#include "fuzz/ScratchFolder.h"
 #include "platform/host/Host.h"
 #include "utils/vector/Quadtree.h"
 #include "utils/vector/VectorBlob.h"
@@ -27,25 +25,11 @@ struct Counter : VectorFormat::IPointerProcessor {
     void processPointer(unsigned char*) override { ++fields; }
 };
 
-// A device root of the run's own under the host's temporary folder; it goes when the
-// run ends.
-class ScratchRoot {
-public:
-    ScratchRoot() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "kivfuzz-XXXXXX").string();
-        if (::mkdtemp(pattern.data()) != nullptr) {
-            path_ = pattern;
-            kiv_host::SetDeviceRoot(path_);
-        }
+// A device root of the run's own; it goes when the run ends.
+struct ScratchRoot : ScratchFolder {
+    ScratchRoot() : ScratchFolder("kivfuzz") {
+        if (ready()) kiv_host::SetDeviceRoot(path());
     }
-    ~ScratchRoot() {
-        std::error_code ignored;
-        if (!path_.empty()) std::filesystem::remove_all(path_, ignored);
-    }
-    bool ready() const { return !path_.empty(); }
-
-private:
-    std::string path_;
 };
 
 void readEverything(VectorBlob& blob) {
@@ -89,6 +73,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const bool loaded = blob->deserialize(image, static_cast<int>(size));
     readEverything(*blob);
     if (!loaded) return 0;
+    // Loaded again from a copy of its own, the blob lets the first image go and must
+    // keep nothing of it.
+    {
+        std::shared_ptr<unsigned char[]> second(new unsigned char[size]);
+        std::memcpy(second.get(), data, size);
+        image.reset();
+        blob->deserialize(second, static_cast<int>(size));
+        readEverything(*blob);
+    }
 
     static ScratchRoot scratch;
     if (!scratch.ready()) return 0;

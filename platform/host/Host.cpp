@@ -137,8 +137,10 @@ std::string GetDeviceRoot() {
 std::string ToHostPath(std::wstring_view path) {
     if (!path.empty() && path.front() == L'\\') return MapUnderRoot(GetDeviceRoot(), path);
     std::string host = kiv_text::ToUtf8(path);
-    // A relative name spelled the device's way (sub\a.ini) still finds its folder.
-    if (!path.empty() && path.front() != L'/') std::replace(host.begin(), host.end(), '\\', '/');
+    // Callers build paths the device's way, folder + '\' + name, whatever the folder:
+    // a host folder (/data/maps\site.vec) or a relative name (sub\a.ini) must still find
+    // its file inside the folder, not a file with a backslash in its name beside it.
+    std::replace(host.begin(), host.end(), '\\', '/');
     return host;
 }
 

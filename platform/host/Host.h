@@ -20,8 +20,8 @@ std::string GetDeviceRoot();
 
 // Maps a path as the system spells it to a host path: a device path goes under the
 // device root with existing components matched case-insensitively; a path that begins
-// with '/' is used as it stands; anything else is relative to the current
-// directory, with '\' read as '/'.
+// with '/' is a host path; anything else is relative to the current directory. In both,
+// '\' separates components as it does on the device (it is read as '/').
 std::string ToHostPath(std::wstring_view devicePath);
 
 // The three base folders as device paths without a trailing backslash. Empty arguments

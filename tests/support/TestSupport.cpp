@@ -60,6 +60,14 @@ std::string ReadFileBytes(const std::string& hostPath) {
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
+std::string ReadFileHead(const std::string& hostPath, size_t bytes) {
+    std::ifstream in(hostPath, std::ios::binary);
+    std::string head(bytes, '\0');
+    in.read(head.data(), static_cast<std::streamsize>(bytes));
+    head.resize(static_cast<size_t>(in.gcount()));
+    return head;
+}
+
 void WriteFileBytes(const std::string& hostPath, const std::string& bytes) {
     std::filesystem::create_directories(std::filesystem::path(hostPath).parent_path());
     std::ofstream out(hostPath, std::ios::binary | std::ios::trunc);

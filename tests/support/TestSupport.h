@@ -58,6 +58,8 @@ private:
 bool TempFolderKeepsUserAttributes();
 
 std::string ReadFileBytes(const std::string& hostPath);
+// At most the first `bytes` bytes of the file (for files too large to compare whole).
+std::string ReadFileHead(const std::string& hostPath, size_t bytes);
 void WriteFileBytes(const std::string& hostPath, const std::string& bytes);
 
 }  // namespace kiv_test

@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/host/Host.h"
 #include "platform/host/TextCodec.h"
 #include "tools/kivutil/Command.h"
 #include "utils/settings/HistoryVerifier.h"
@@ -31,12 +32,24 @@ bool IsElementName(const std::wstring& name) {
     return true;
 }
 
+// True when the file exists but does not begin with the UTF-16 mark every history has.
+bool ExistsButIsNoHistory(const std::wstring& path) {
+    std::ifstream in(kiv_host::ToHostPath(path), std::ios::binary);
+    if (!in) return false;
+    char mark[2] = {};
+    return !in.read(mark, 2) || mark[0] != '\xFF' || mark[1] != '\xFE';
+}
+
 int RunAppend(const AppendOptions& opts) {
     const std::wstring element = kiv_text::FromUtf8(opts.element);
     const std::wstring text = kiv_text::FromUtf8(opts.text);
     if (!IsElementName(element)) return kivutil::BadInput("'" + opts.element + "' is not an element name; use letters, digits and _");
     if (text.find_first_of(L"<&") != std::wstring::npos)
         return kivutil::BadInput("the text may not hold '<' or '&': the history stores text as it stands");
+    // The writer continues an existing file as it stands, whatever it holds; a file that
+    // is not a history would gain elements without a header, so it is left alone here.
+    if (ExistsButIsNoHistory(kiv_text::FromUtf8(opts.file)))
+        return kivutil::BadInput(opts.file + " exists but is not a history document; give a history or a new file");
     CXMLWriter writer;
     bool created = false;
     if (!writer.Open(CKivStringT(kiv_text::FromUtf8(opts.file)), created)) {

@@ -8,6 +8,7 @@
 
 #include "platform/host/TextCodec.h"
 #include "platform/kivutils/FileFuncs.h"
+#include "platform/kivutils/XmlParser.h"
 #include "tools/kivutil/Command.h"
 #include "utils/settings/XmlConfigStorage.h"
 
@@ -17,6 +18,9 @@ struct SettingsOptions {
     std::string file;
     std::string path;
     std::string intValue, doubleValue, boolValue, stringValue;
+    // An empty text is a value like any other, so --string is counted when given, not
+    // when non-empty.
+    bool stringGiven = false;
 };
 
 std::string Utf8(const CKivStringT& s) { return kiv_text::ToUtf8(s.view()); }
@@ -123,6 +127,15 @@ int Get(const SettingsOptions& o) {
     return kivutil::kExitOk;
 }
 
+int CannotWrite(const CXmlConfigStorage& storage, const std::string& file) {
+    if (storage.IsFileRefused())
+        std::fprintf(stderr, "kivutil: %s was not read (larger than %u MiB or unreadable) and is left as it is\n",
+                     file.c_str(), static_cast<unsigned>(CXmlParser::kMaxFileBytes >> 20));
+    else
+        std::fprintf(stderr, "kivutil: cannot write %s; check that it and its folder are writable\n", file.c_str());
+    return kivutil::kExitFailed;
+}
+
 template <class T>
 bool ParseNumber(const std::string& text, T& value) {
     auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
@@ -132,7 +145,7 @@ bool ParseNumber(const std::string& text, T& value) {
 int Set(const SettingsOptions& o) {
     const auto parts = SplitPath(o.path);
     if (!ValidPath(parts, 2)) return kivutil::BadInput("give the value as group/value or group/sub/value");
-    const int kinds = !o.intValue.empty() + !o.doubleValue.empty() + !o.boolValue.empty() + !o.stringValue.empty();
+    const int kinds = !o.intValue.empty() + !o.doubleValue.empty() + !o.boolValue.empty() + o.stringGiven;
     if (kinds != 1) return kivutil::BadInput("give exactly one of --int, --double, --bool, --string");
     int i = 0;
     double d = 0;
@@ -154,10 +167,9 @@ int Set(const SettingsOptions& o) {
     else if (!o.doubleValue.empty()) value.SetAsDouble(d);
     else if (!o.boolValue.empty()) value.SetAsBoolean(b);
     else value.SetAsString(Wide(o.stringValue));
-    if (!storage.Flush()) {
-        std::fprintf(stderr, "kivutil: cannot write %s; check that it and its folder are writable\n", o.file.c_str());
-        return kivutil::kExitFailed;
-    }
+    if (!storage.Flush()) return CannotWrite(storage, o.file);
+    // The settings keep an empty text as no text at all; it reads back as empty.
+    if (o.stringGiven && o.stringValue.empty()) std::printf("%s: empty text, stored as null\n", o.path.c_str());
     return kivutil::kExitOk;
 }
 
@@ -175,10 +187,7 @@ int Delete(const SettingsOptions& o) {
         std::fprintf(stderr, "kivutil: %s holds no value or group %s\n", o.file.c_str(), o.path.c_str());
         return kivutil::kExitFailed;
     }
-    if (!storage.Flush()) {
-        std::fprintf(stderr, "kivutil: cannot write %s; check that it and its folder are writable\n", o.file.c_str());
-        return kivutil::kExitFailed;
-    }
+    if (!storage.Flush()) return CannotWrite(storage, o.file);
     return kivutil::kExitOk;
 }
 
@@ -200,7 +209,13 @@ kivutil::Registration reg(30, [](CLI::App& app, std::function<int()>& run) {
     set->add_option("--int", opts->intValue, "a whole number");
     set->add_option("--double", opts->doubleValue, "a decimal number");
     set->add_option("--bool", opts->boolValue, "true or false");
-    set->add_option("--string", opts->stringValue, "a text");
+    set->add_option_function<std::string>(
+        "--string",
+        [o = opts.get()](const std::string& text) {
+            o->stringValue = text;
+            o->stringGiven = true;
+        },
+        "a text (may be empty)");
 });
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include "utils/settings/ColumnSettings.h"
 
 #include "platform/kivutils/FileFuncs.h"
+#include "platform/kivutils/KivLog.h"
 
 namespace {
 
@@ -29,6 +30,13 @@ CColumnSettings::CColumnSettings(const wchar_t* listName) : m_listName(listName)
 
 CColumnSettings::~CColumnSettings() {
     if (m_skipSave) return;
+    // The lists of every view share the file: one that exists but was not read (over
+    // the reader's size cap, or unreadable) would lose all other lists to this one.
+    if (m_readFailed && FileFuncs::IsFileExist(ColumnsFile())) {
+        LOGMESSAGE(1, L"Column settings file %s was not read, so list %s is not written to it",
+                   ColumnsFile().GetString(), m_listName.GetString());
+        return;
+    }
     CKivStringT order, show;
     for (int i = 0; i < m_columns.GetSize(); ++i) {
         if (i > 0) {

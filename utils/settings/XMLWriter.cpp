@@ -64,10 +64,10 @@ bool CXMLWriterBase::Open(const CKivStringT& path, bool& created) {
     if (IsOpen()) Close();
     if (!m_file.Open(path, CFile::modeReadWrite | kOpenFlags)) return false;
     m_file.SeekToEnd();
-    m_startedNew = !exists;
+    m_cutAt = -1;
+    // An existing file is never begun anew, whatever it holds: it may be somebody's.
+    created = !exists;
     InitOnOpen(!exists);
-    // An existing file that held no document yet is begun anew, and counts as created.
-    created = m_startedNew;
     FlushPending();
     ReOpen(path);
     return true;
@@ -101,7 +101,14 @@ void CXMLWriterBase::WriteRawBytes(const void* bytes, unsigned count) {
 
 void CXMLWriterBase::FlushPending() {
     if (m_pending.empty()) return;
-    if (IsOpen()) m_file.Write(m_pending.data(), static_cast<UINT>(m_pending.size()));
+    if (IsOpen()) {
+        // A torn line that the rewind stepped back over goes only now, when its
+        // replacement is written: a writer opened and closed with nothing to say
+        // leaves the file exactly as it found it.
+        if (m_cutAt >= 0) m_file.SetLength(static_cast<DWORD>(m_cutAt));
+        m_file.Write(m_pending.data(), static_cast<UINT>(m_pending.size()));
+    }
+    m_cutAt = -1;
     m_pending.clear();
 }
 
@@ -166,11 +173,13 @@ bool CXMLWriterBase::RewindLastTag(const CKivStringT& name) {
     const CKivStringT tag = L"</" + name + L">";
     const LONG tagLength = tag.GetLength();
     const LONG chars = static_cast<LONG>(m_file.GetLength() / static_cast<DWORD>(m_bytesPerChar));
-    // The end of the last whole character. A write torn by a crash or a full disk may
-    // have left half of one behind, and nothing may ever follow such a half: every later
-    // character would be read a byte out of step.
+    // The end of the last whole character is taken as the file's end. A write torn by a
+    // crash or a full disk may have left half of one behind, and nothing may ever follow
+    // such a half: every later character would be read a byte out of step. The next
+    // write replaces it; until then it stays.
     const LONG whole = chars * m_bytesPerChar;
     if (chars < tagLength) {
+        // Too short to hold the end tag: kept as it is, the writer at its end.
         m_file.Seek(whole, CFile::begin);
         return false;
     }
@@ -188,22 +197,17 @@ bool CXMLWriterBase::RewindLastTag(const CKivStringT& name) {
     const size_t found = ToUnits(bytes).find(ToUnits(tagBytes));
     if (found != std::u16string::npos) {
         m_file.Seek(windowStart + static_cast<LONG>(found) * m_bytesPerChar, CFile::begin);
-    } else if (got == bytes.size()) {
-        // Where the end tag is missing, the document was cut short: continuing where the
-        // read ended would append after a torn tail. Instead the writer steps back to
-        // the end of the last complete line and cuts off what follows it, so that the
-        // next write continues the last complete element, at a whole character, and no
-        // torn byte is left behind a shorter write. A file without any complete line is
-        // not one of these documents and keeps its bytes.
-        const LONG lineEnd = EndOfLastCompleteLine(whole);
-        if (lineEnd > 0) {
-            m_file.SetLength(static_cast<DWORD>(lineEnd));
-        } else {
-            m_file.Seek(whole, CFile::begin);
-        }
     } else {
-        // The tail cannot be read (a write-only handle): stay at the last whole character.
-        m_file.Seek(whole, CFile::begin);
+        // No end tag: the writer stays where the read ended, after the last whole
+        // character, and appends. Complete content, with or without a final CR LF, is
+        // kept as it stands. Only a last line that stops inside a tag was torn by a
+        // crash or a full disk; appending to it would leave the tag open for good, so
+        // the writer steps back to that line's start, and the torn line is cut when the
+        // first new bytes replace it. A file without a complete line before such a tail
+        // is none of ours and is appended to as it is.
+        const LONG lineStart = got == bytes.size() ? TornLineStart(whole) : -1;
+        m_file.Seek(lineStart >= 0 ? lineStart : whole, CFile::begin);
+        if (lineStart >= 0) m_cutAt = lineStart;
     }
     m_elements.RemoveAll();
     m_elements.Add(name);
@@ -213,26 +217,30 @@ bool CXMLWriterBase::RewindLastTag(const CKivStringT& name) {
     return true;
 }
 
-LONG CXMLWriterBase::EndOfLastCompleteLine(LONG end) {
+LONG CXMLWriterBase::TornLineStart(LONG end) {
     constexpr LONG kChunkChars = 512;
     const LONG unit = m_bytesPerChar;
     std::string bytes;
     bool lfFollows = false;  // the character just after the chunk is a line feed
+    bool insideTag = false;  // a '<' was met, walking back, before any '>'
     for (LONG hi = end; hi > 0;) {
         const LONG lo = hi > kChunkChars * unit ? hi - kChunkChars * unit : 0;
         bytes.assign(static_cast<size_t>(hi - lo), '\0');
         if (m_file.Seek(lo, CFile::begin) != lo ||
             m_file.Read(bytes.data(), static_cast<UINT>(bytes.size())) != bytes.size())
-            return 0;
+            return -1;
         const std::u16string units = ToUnits(bytes);
         for (size_t i = units.size(); i-- > 0;) {
             const bool lf = i + 1 < units.size() ? units[i + 1] == u'\n' : lfFollows;
-            if (units[i] == u'\r' && lf) return lo + static_cast<LONG>(i + 2) * unit;
+            if (units[i] == u'\r' && lf) return insideTag ? lo + static_cast<LONG>(i + 2) * unit : -1;
+            if (insideTag) continue;
+            if (units[i] == u'>') return -1;
+            insideTag = units[i] == u'<';
         }
         lfFollows = units.front() == u'\n';
         hi = lo;
     }
-    return 0;
+    return -1;
 }
 
 // ---- CXMLWriter ---------------------------------------------------------------------------
@@ -270,19 +278,9 @@ void CXMLWriter::InitOnOpen(bool isNewFile) {
         BeginDocument();
         return;
     }
-    const bool rewound = RewindLastTag(kHistoryRoot);
-    if (HoldsNoDocument()) {
-        // An empty file, or one whose first session was torn before the root's start tag
-        // was whole, holds nothing to continue: it is begun as a new one.
-        m_file.SetLength(0);
-        m_startedNew = true;
-        m_elements.RemoveAll();  // the root that the rewind reopened is not in the file
-        m_depth = 0;
-        m_writtenCount = 0;
-        BeginDocument();
-        return;
-    }
-    if (rewound) RestoreCheckSum();
+    // An existing file, even an empty one or one that is not a history at all, keeps
+    // every byte: only the rewind over the end tag and the checksum restore run.
+    if (RewindLastTag(kHistoryRoot)) RestoreCheckSum();
 }
 
 void CXMLWriter::BeginDocument() {
@@ -292,24 +290,6 @@ void CXMLWriter::BeginDocument() {
     WriteLine(kDeclaration);
     WriteStartDocument();
     WriteStartElement(kHistoryRoot);
-}
-
-bool CXMLWriter::HoldsNoDocument() {
-    std::string header = "\xFF\xFE";
-    AppendUtf16(header, kDeclaration);
-    AppendUtf16(header, L"\r\n");
-    if (m_file.GetLength() < header.size()) return true;
-    std::string rootTag;
-    AppendUtf16(rootTag, (L"<" + CKivStringT(kHistoryRoot) + L">").view());
-    const DWORD position = m_file.GetPosition();
-    if (position >= header.size() + rootTag.size()) return false;
-    // What stays is at most the mark, the declaration and part of the root's start tag;
-    // a file that does not begin so is none of ours and is left as it is.
-    std::string begins(header.size(), '\0');
-    m_file.SeekToBegin();
-    const bool ours = m_file.Read(begins.data(), static_cast<UINT>(begins.size())) == begins.size() && begins == header;
-    m_file.Seek(static_cast<LONG>(position), CFile::begin);
-    return ours;
 }
 
 void CXMLWriter::WriteCheckSum() {

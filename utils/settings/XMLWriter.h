@@ -47,9 +47,10 @@ protected:
     bool IsOpen() const;
     // Writes bytes that bypass Write (the byte-order mark).
     void WriteRawBytes(const void* bytes, unsigned count);
-    // The byte offset just after the last CR LF before `end` (an even offset), or 0 when
-    // there is none or the file cannot be read.
-    LONG EndOfLastCompleteLine(LONG end);
+    // Where the last line before `end` starts (just after its CR LF, an even offset) when
+    // that line stops inside a tag (a '<' with no '>' after it); -1 when it does not,
+    // when no CR LF precedes it, or when the file cannot be read.
+    LONG TornLineStart(LONG end);
     // Sends what the current call has produced to the file in one write.
     void FlushPending();
     std::string_view PendingBytes() const { return m_pending; }
@@ -75,8 +76,9 @@ protected:
     int m_depth = 0;
     int m_writtenCount = 0;
     CFile m_file;
-    // Open reports this as `created`; InitOnOpen sets it when it begins an existing file anew.
-    bool m_startedNew = false;
+    // Where the file is cut before the next bytes are written: the start of a torn last
+    // line that the rewind stepped back over; -1 for none.
+    LONG m_cutAt = -1;
 
 private:
     std::string m_pending;
@@ -105,9 +107,6 @@ public:
 
 private:
     void BeginDocument();
-    // True when the open file holds no document to continue: shorter than the mark and
-    // the declaration, or torn before the root's start tag was whole.
-    bool HoldsNoDocument();
     void WriteCheckSum(unsigned value);
     unsigned ContinueCheckSum(const CKivStringT& text, unsigned sum);
     unsigned FoldEncoded(std::string_view utf16le, unsigned sum);

@@ -12,6 +12,7 @@
 #include "platform/host/TextCodec.h"
 #include "platform/kivutils/FileFuncs.h"
 #include "platform/kivutils/KivArray.h"
+#include "platform/kivutils/KivLog.h"
 #include "platform/kivutils/XmlParser.h"
 #include "platform/mfc/File.h"
 #include "utils/settings/AppStrPaths.h"
@@ -174,6 +175,7 @@ CXmlConfigStorage& CXmlConfigStorage::operator=(const CXmlConfigStorage& other) 
     Release();
     CConfigStorage::operator=(other);
     m_path = other.m_path;
+    m_fileRefused = other.m_fileRefused;  // it goes with the shared tree
     return *this;
 }
 
@@ -218,7 +220,17 @@ void CXmlConfigStorage::LoadAllGroups(CConfigGroup& root) {
         return;
     CXmlParser* parser = nullptr;
     // A missing or unreadable file leaves the tree empty; a write makes a new file.
-    if (CXmlParser::Initialize(m_path, parser) != 0 || parser == nullptr) return;
+    if (CXmlParser::Initialize(m_path, parser) != 0 || parser == nullptr) {
+        // The size cap is ours: the reader holds the whole text in memory, as wide
+        // characters, so it stays. But a file that exists and was not read is somebody's
+        // settings, and the empty tree must never be written over it.
+        if (FileFuncs::IsFileExist(m_path)) {
+            m_fileRefused = true;
+            LOGMESSAGE(1, L"Settings file %s is not read (larger than %u MiB or unreadable); it will not be written",
+                       m_path.GetString(), static_cast<unsigned>(CXmlParser::kMaxFileBytes >> 20));
+        }
+        return;
+    }
     kiv_settings_detail::ReadSettingsTokens(*parser, root);
     CXmlParser::Destroy(parser);
 }
@@ -264,6 +276,11 @@ void CXmlConfigStorage::SaveGroup(std::wstring& out, CConfigGroup& group) {
 }
 
 bool CXmlConfigStorage::Save() {
+    if (m_fileRefused) {
+        LOGMESSAGE(1, L"Settings file %s was not read, so the changes are not written over it", m_path.GetString());
+        m_modified = false;  // they never can be; the last release need not try again
+        return false;
+    }
     std::wstring out = L"<?xml" + CXmlParserBase::FormAttrib(L"version", L"1.0", false).str() + L"?>\r\n";
     out += CXmlParserBase::OpenTag(kRoot, 2).str();
     const unsigned groups = GetNumberOfGroups();

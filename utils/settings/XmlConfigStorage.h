@@ -82,6 +82,9 @@ public:
     // Writes the tree now, changed or not (a deletion alone marks nothing changed);
     // false when the file could not be written, which leaves it as it was.
     bool Flush();
+    // True when the file exists but was not read (larger than the reader takes, or not
+    // readable): the tree is empty, and no save may replace the file with it.
+    bool IsFileRefused() const { return m_fileRefused; }
 
 protected:
     bool ShouldAlwaysLoadAllGroups() override;
@@ -101,4 +104,5 @@ private:
 
     CKivStringT m_path;
     bool m_modified = false;
+    bool m_fileRefused = false;
 };

@@ -19,12 +19,21 @@ void QuadtreeNode::calcBBox() {
 }
 
 void QuadtreeNode::rebalance(int depth) {
-    if (!leaf_ || getNodeFeatureCount() <= kMaxLeafFeatures || depth >= kMaxDepth) return;
-    if (!split()) return;
-    for (auto& child : children_) child->rebalance(depth + 1);
+    // The subtree's leaves may hold kMaxReferencesPerFeature references for each feature
+    // this node holds now; the node's own references are already spent.
+    long long spare = (kMaxReferencesPerFeature - 1) * static_cast<long long>(getNodeFeatureCount());
+    rebalance(depth, spare);
 }
 
-bool QuadtreeNode::split() {
+void QuadtreeNode::rebalance(int depth, long long& spare) {
+    if (!leaf_ || getNodeFeatureCount() <= kMaxLeafFeatures || depth >= kMaxDepth) return;
+    if (!split(&spare)) return;
+    for (auto& child : children_) child->rebalance(depth + 1, spare);
+}
+
+bool QuadtreeNode::split() { return split(nullptr); }
+
+bool QuadtreeNode::split(long long* spare) {
     if (getWidth() < kMinSplitSize || getHeight() < kMinSplitSize) return false;
     BoundingBox quadrants[4];
     quadrantsOf(box_, quadrants);
@@ -47,6 +56,15 @@ bool QuadtreeNode::split() {
     const bool smaller = std::all_of(std::begin(children), std::end(children),
                                      [own](const auto& child) { return child->getNodeFeatureCount() < own; });
     if (!divided || !smaller) return false;  // the children go; the node stays as it was
+    if (spare != nullptr) {
+        // A buffer that cannot divide goes whole to all four children, so a cut can add
+        // up to three references per feature; past the tree's allowance the node stays a
+        // leaf. Ordinary images stay far below it.
+        long long added = -own;
+        for (const auto& child : children) added += child->getNodeFeatureCount();
+        if (added > *spare) return false;
+        *spare -= added;
+    }
     for (int q = 0; q < 4; ++q) children_[q] = std::move(children[q]);
     buffers_.RemoveAll();
     leaf_ = false;

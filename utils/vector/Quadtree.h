@@ -23,6 +23,14 @@ public:
     static constexpr int kMaxLeafFeatures = 30;
     static constexpr int kMaxDepth = 5;
     static constexpr double kMinSplitSize = 1.0;
+    // What one rebalance may build: the leaves of the subtree hold at most this many
+    // buffer references for each feature of the node it started from (a shared buffer
+    // and each copy of a line counted once per leaf holding it). A cut that would pass
+    // the allowance is undone and leaves the node a leaf. Work and memory of a build are
+    // thus linear in the image's feature count, however its features overlap: a hostile
+    // image of arcs spanning every quadrant would otherwise be copied into all 1024
+    // leaves. Ordinary images stay far below the allowance and are cut as before.
+    static constexpr long long kMaxReferencesPerFeature = 16;
 
     QuadtreeNode() = default;
     explicit QuadtreeNode(const BoundingBox& box) : box_(box) {}
@@ -48,13 +56,17 @@ public:
     // The union of the buffers' boxes, starting from the empty box.
     void calcBBox();
     // Cuts this node while it is a leaf of more than 30 features above depth 5, and its
-    // children in turn.
+    // children in turn, within the allowance above.
     void rebalance(int depth);
     // Cuts the node into four quadrants; undone (false) unless some buffer divided and
     // every child holds fewer features than the node.
     bool split();
 
 private:
+    // `spare`: references the subtree may still add; null for no allowance.
+    void rebalance(int depth, long long& spare);
+    bool split(long long* spare);
+
     bool leaf_ = true;
     std::shared_ptr<QuadtreeNode> children_[4];
     BoundingBox box_;
@@ -84,7 +96,8 @@ public:
     virtual std::shared_ptr<QuadtreeNode> getRoot() const = 0;
 };
 
-// Builds the index of a blob. The tree reads styles from the blob while drawing: when
+// Builds the index of a blob, in time and memory linear in its feature count (see
+// QuadtreeNode::kMaxReferencesPerFeature). The tree reads styles from the blob while drawing: when
 // the blob is held by a shared pointer the tree keeps it alive, otherwise the caller
 // keeps it for as long as the tree is drawn.
 std::shared_ptr<IRenderTree> buildQuadtree(VectorBlob& blob);

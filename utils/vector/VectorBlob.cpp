@@ -59,6 +59,11 @@ void VectorBlob::enumPointers(IPointerProcessor& processor) {
 }
 
 bool VectorBlob::deserialize(std::shared_ptr<unsigned char[]> image, int bytes) {
+    // A blob that already holds an image starts afresh: the old pools live inside the
+    // image about to be let go (or in a built arena) and must not be found next to the
+    // new ones. Copies taken earlier keep their own pools and their share of the old image.
+    pools_ = PoolManager();
+    directory_ = nullptr;
     image_ = std::move(image);
     if (!pools_.deserialize(image_.get(), bytes)) return false;
     directory_ = (readU32(image_.get()) & kKindMask) == eTagDirectory ? reinterpret_cast<Entity*>(image_.get())

@@ -50,6 +50,7 @@ public:
     // SplinesList. Kinds that are absent report nothing.
     void enumPointers(VectorFormat::IPointerProcessor& processor) override;
     // Holds the image, loads it in place and checks that the required kinds are there.
+    // Whatever the blob held before (a loaded image or built pools) is dropped first.
     virtual bool deserialize(std::shared_ptr<unsigned char[]> image, int bytes);
     // Writes the image; afterwards its pointers are spent (see PoolManager).
     virtual bool serialize(CEntityWriter& writer);

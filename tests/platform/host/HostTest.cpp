@@ -20,6 +20,12 @@ TEST(DevicePaths, MatchExistingComponentsIgnoringCase) {
     EXPECT_EQ(kiv_host::ToHostPath(L"relative.txt"), "relative.txt");
 }
 
+TEST(DevicePaths, BackslashSeparatesHostAndRelativePathsToo) {
+    EXPECT_EQ(kiv_host::ToHostPath(L"/data/maps\\site.vec"), "/data/maps/site.vec");
+    EXPECT_EQ(kiv_host::ToHostPath(L"/data\\maps\\a\\b.vec"), "/data/maps/a/b.vec");
+    EXPECT_EQ(kiv_host::ToHostPath(L"sub\\a.ini"), "sub/a.ini");
+}
+
 TEST(DevicePaths, MatchCaseInEveryScript) {
     kiv_test::TempDeviceRoot root;
     kiv_test::WriteFileBytes(root.path() + "/\u041F\u0440\u043E/\u0391\u03B8\u03AE\u03BD\u03B1 \u00C4.txt", "x");

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <filesystem>
 
 #include "platform/kivutils/IniFile.h"
 #include "platform/win32/Win32.h"
@@ -51,4 +52,27 @@ TEST_F(ColumnSettingsTest, NewListIsWrittenOnDestructionBesideOtherLists) {
     EXPECT_EQ(store.GetValue(L"Lines", L"show"), L"1 0");
     EXPECT_EQ(store.GetValue(L"Points", L"order"), L"Name Code");
     EXPECT_EQ(store.GetValue(L"P", L"order", L"none"), L"");
+}
+
+TEST_F(ColumnSettingsTest, FileOverTheReadersCapKeepsEveryList) {
+    WriteRecords({{L"Points", L"order", L"Name Code"}, {L"Points", L"show", L"1 0"}});
+    const std::string host = root_.HostPath(kFile);
+    const std::uintmax_t size = kiv_settings::kMaxIniFileBytes + 2;
+    std::filesystem::resize_file(host, size);
+    const std::string before = kiv_test::ReadFileHead(host, 4096);
+    kiv_test::LogCapture log;
+    {
+        CColumnSettings c(L"Lines");
+        EXPECT_EQ(c.getColumnCount(), 0);
+        c.addColumn(L"Start", true);
+    }
+    EXPECT_EQ(std::filesystem::file_size(host), size);
+    EXPECT_EQ(kiv_test::ReadFileHead(host, 4096), before);
+    ASSERT_EQ(log.count(), 1u);
+    EXPECT_EQ(log.entries()[0].level, 1);
+
+    // A file that is missing is still made at destruction.
+    std::filesystem::remove(host);
+    { CColumnSettings(L"Lines").addColumn(L"Start", true); }
+    EXPECT_EQ(ReadBack().GetValue(L"Lines", L"order"), L"Start");
 }

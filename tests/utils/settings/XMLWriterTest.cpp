@@ -94,58 +94,101 @@ TEST_F(HistoryWriterTest, TornTailDoesNotStopTheNextOpen) {
     session(L"b", L"2", created);
     const std::string fresh = Bytes();
 
+    enum Verdict { eVerifies, eMismatch, eUnchecked };
     struct Cut {
-        size_t length;       // what the crash left of the first session
-        size_t kept;         // where the next session continues; 0: begun anew
-        bool verifies;       // false where the cut took the CheckSum the restore needs
+        size_t length;    // what the crash left of the first session
+        size_t kept;      // where the next session continues
+        Verdict verdict;  // eMismatch where the cut took the CheckSum the restore needs
     };
     const Cut cuts[] = {
-        {whole.size() - 1, afterSum, true},                   // half of the last line feed
-        {whole.size() - 2, afterSum, true},                   // the end tag without CR LF
-        {whole.size() - 7, afterSum, true},                   // inside the end tag, odd
-        {whole.size() - 8, afterSum, true},                   // inside the end tag, even
-        {afterSum, afterSum, true},                           // the end tag never written
-        {afterSum - 1, afterPoint, false},                    // half of the CheckSum's line feed
-        {afterSum - 21, afterPoint, false},                   // inside the CheckSum element, odd
-        {afterPoint + 4, afterPoint, false},                  // inside the CheckSum element, even
-        {afterPoint - 3, header + U16(L"<NurvoJobHistory>\r\n").size(), false},  // inside the element
-        {header + 10, 0, true},                               // torn in the root's start tag
-        {header, 0, true},                                    // the declaration alone
-        {header - 1, 0, true},                                // shorter than the declaration
-        {1, 0, true},
-        {0, 0, true},                                         // an empty file
+        {whole.size() - 1, afterSum, eVerifies},          // half of the last line feed
+        {whole.size() - 2, afterSum, eVerifies},          // the end tag without CR LF
+        {whole.size() - 7, afterSum, eVerifies},          // inside the end tag, odd
+        {whole.size() - 8, afterSum, eVerifies},          // inside the end tag, even
+        {afterSum, afterSum, eVerifies},                  // the end tag never written
+        {afterSum - 1, afterSum - 2, eMismatch},          // half of the CheckSum's line feed
+        {afterSum - 21, afterPoint, eMismatch},           // inside the CheckSum element, odd
+        {afterPoint + 4, afterPoint, eMismatch},          // inside the CheckSum element, even
+        {afterPoint - 3, afterPoint - 4, eMismatch},      // an element whole but its line end
+        {header + 10, header, eUnchecked},                // torn in the root's start tag
+        {header, header, eUnchecked},                     // the declaration alone
+        {header - 1, header - 2, eUnchecked},             // the declaration but half its LF
+        {1, 0, eUnchecked},                               // shorter than the end tag
+        {0, 0, eUnchecked},                               // an empty file
     };
+    const size_t endTagBytes = U16(L"</NurvoJobHistory>").size();
     for (const Cut& cut : cuts) {
         SCOPED_TRACE("cut to " + std::to_string(cut.length) + " bytes");
         kiv_test::WriteFileBytes(root_.HostPath(kDoc), whole.substr(0, cut.length));
         session(L"b", L"2", created);
+        EXPECT_FALSE(created);
         const std::string bytes = Bytes();
         EXPECT_EQ(bytes.size() % 2, 0u);
-        if (cut.kept == 0) {
-            EXPECT_TRUE(created);
-            EXPECT_EQ(bytes, fresh);
-            continue;
-        }
-        EXPECT_FALSE(created);
         ASSERT_GE(bytes.size(), cut.kept);
         EXPECT_EQ(bytes.substr(0, cut.kept), whole.substr(0, cut.kept));
-        // The new session reads as whole characters right after the kept lines.
+        // The new session reads as whole characters right after the kept bytes; a file
+        // too short for the end tag had no root to reopen, so nothing is nested in it.
+        const bool rooted = cut.length >= endTagBytes;
         const std::string added = bytes.substr(cut.kept);
-        const std::string element = U16(L" <b>2</b>\r\n<CheckSum>");
+        const std::string element = U16(rooted ? L" <b>2</b>\r\n<CheckSum>" : L"<b>2</b>\r\n<CheckSum>");
         EXPECT_EQ(added.substr(0, element.size()), element);
-        EXPECT_EQ(added.substr(added.size() - endLine.size()), endLine);
+        const std::string last = rooted ? endLine : U16(L"</CheckSum>\r\n");
+        EXPECT_EQ(added.substr(added.size() - last.size()), last);
         const auto verdict = kiv_history::VerifyHistory(bytes);
-        if (cut.verifies) {
+        if (cut.verdict == eVerifies) {
             EXPECT_TRUE(verdict.ok) << kiv_text::FromUtf16Le(bytes.substr(2));
             ASSERT_EQ(verdict.checks.size(), 2u);
             EXPECT_EQ(verdict.checks[1].basis, kiv_history::eRestored);
-        } else {
-            // The writer restarted from zero where no CheckSum precedes the kept lines;
-            // that session's CheckSum cannot be matched, and the verifier says so there.
+        } else if (cut.verdict == eMismatch) {
+            // The writer restarted from zero where no CheckSum precedes the kept bytes;
+            // that session's CheckSum cannot be matched, and the verifier says so.
             EXPECT_FALSE(verdict.ok);
-            const auto keptLines = std::count(bytes.begin(), bytes.begin() + static_cast<long>(cut.kept), '\n');
-            EXPECT_EQ(verdict.failLine, static_cast<int>(keptLines) + 2);  // the line after the new element
             EXPECT_NE(verdict.problem.find(L"does not match"), std::wstring::npos) << verdict.problem;
         }
     }
+}
+
+TEST_F(HistoryWriterTest, OpeningAndClosingWithNothingWrittenChangesNoByte) {
+    const std::string decl = kBom + U16(L"<?xml version=\"1.0\"?>\r\n");
+    const std::string files[] = {
+        "",                                                             // empty
+        "hello",                                                        // none of ours, odd
+        decl,                                                           // the declaration alone
+        decl + U16(L"<NurvoJobHistory>\r\n<Other>x</Other>"),             // complete, no last CR LF
+        decl + U16(L"<NurvoJobHistory>\r\n <a>1</a>\r\n <b>2</b"),        // torn inside a tag
+        decl + U16(L"<NurvoJobHistory>\r\n <a>1</a>\r\n</NurvoJobHistory>\r\n"),
+    };
+    for (const std::string& file : files) {
+        SCOPED_TRACE(testing::PrintToString(file));
+        kiv_test::WriteFileBytes(root_.HostPath(kDoc), file);
+        CXMLWriter w;
+        bool created = true;
+        ASSERT_TRUE(w.Open(kDoc, created));
+        EXPECT_FALSE(created);
+        w.Close();
+        EXPECT_EQ(Bytes(), file);
+    }
+}
+
+TEST_F(HistoryWriterTest, ContentWithoutTheEndTagIsKeptAndAppendedTo) {
+    const std::string decl = kBom + U16(L"<?xml version=\"1.0\"?>\r\n");
+    const auto append = [this](const std::string& file) {
+        kiv_test::WriteFileBytes(root_.HostPath(kDoc), file);
+        CXMLWriter w;
+        bool created = true;
+        EXPECT_TRUE(w.Open(kDoc, created));
+        EXPECT_FALSE(created);
+        w.WriteElementString(L"e", L"1");
+        w.Close();
+        return Bytes();
+    };
+    // A complete last line without its CR LF is content, not a torn tail.
+    const std::string other = decl + U16(L"<NurvoJobHistory>\r\n<Other>x</Other>");
+    EXPECT_EQ(append(other), other + U16(L" <e>1</e>\r\n"));
+    // Files that are none of ours keep their bytes; the writer continues at their end.
+    EXPECT_EQ(append("hello!"), "hello!" + U16(L"<e>1</e>\r\n"));
+    EXPECT_EQ(append(""), U16(L"<e>1</e>\r\n"));
+    // A line cut inside a tag is replaced by the new content, and only then.
+    const std::string kept = decl + U16(L"<NurvoJobHistory>\r\n <a>1</a>\r\n");
+    EXPECT_EQ(append(kept + U16(L" <b>22222222</b")), kept + U16(L" <e>1</e>\r\n"));
 }

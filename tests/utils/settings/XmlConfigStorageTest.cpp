@@ -13,6 +13,7 @@
 #include <string>
 
 #include "platform/host/TextCodec.h"
+#include "platform/kivutils/XmlParser.h"
 #include "platform/win32/Win32.h"
 #include "tests/support/TestSupport.h"
 
@@ -141,4 +142,26 @@ TEST_F(XmlSettingsTest, ReadOnlyMediumIsLeftAsItWas) {
     ::chmod(folder.c_str(), 0755);
     EXPECT_EQ(kiv_test::ReadFileBytes(root_.HostPath(file)), original);
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator()), 1);
+}
+
+TEST_F(XmlSettingsTest, FileOverTheReadersCapIsNeverWrittenOver) {
+    // The tail is a hole: the file is over the cap without writing 64 MiB.
+    WriteText(Doc("<group name=\"A\">\r\n<value name=\"x\" type=\"int\">1</value>\r\n</group>\r\n"));
+    const std::uintmax_t size = CXmlParser::kMaxFileBytes + 4096;
+    std::filesystem::resize_file(Host(), size);
+    const std::string before = kiv_test::ReadFileHead(Host(), 4096);
+    kiv_test::LogCapture log;
+    {
+        CXmlConfigStorage s(kFile);
+        EXPECT_EQ(s.GetGroup(L"A").GetIntegerValue(L"x", 7), 7);  // refused, so read as empty
+        EXPECT_TRUE(s.IsFileRefused());
+        s.GetGroup(L"A").SetIntegerValue(L"y", 2);
+        EXPECT_FALSE(s.Flush());
+    }
+    EXPECT_EQ(std::filesystem::file_size(Host()), size);
+    EXPECT_EQ(kiv_test::ReadFileHead(Host(), 4096), before);
+    ASSERT_GE(log.count(), 2u);
+    EXPECT_EQ(log.entries()[0].level, 1);
+    EXPECT_NE(log.entries()[0].text.find(L"not read"), std::wstring::npos);
+    EXPECT_NE(log.entries()[1].text.find(L"not written"), std::wstring::npos);
 }

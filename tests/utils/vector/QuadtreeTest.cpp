@@ -114,3 +114,27 @@ TEST(QuadtreePick, FindsTheNearestOfTheAskedKindsWithinTolerance) {
     EXPECT_FALSE(tree->pick(at, identity, identity, 0.5, both, result));
     EXPECT_FALSE(tree->pick(at, identity, identity, 5.0, {}, result));
 }
+
+TEST(QuadtreeBuild, ArcsSpanningEveryQuadrantCannotMultiplyTheTree) {
+    // A grid of points that every cut divides, down to the deepest level, plus arcs whose
+    // boxes span the whole image, so no cut can ever divide them.
+    const auto build = [](int arcs) {
+        VectorImageProducer producer;
+        const int dot = producer.addPointStyle(RGB(1, 2, 3));
+        const int pen = producer.addLineStyle(RGB(4, 5, 6));
+        for (int i = 0; i < 64 * 64; ++i) producer.addPoint({(i % 64) * 100.0 / 63, (i / 64) * 100.0 / 63, 0}, dot);
+        for (int i = 0; i < arcs; ++i) producer.addArc({100, 50, 0}, {50, 50, 0}, {99.99, 49, 0}, false, pen);
+        auto blob = producer.build();
+        return std::make_pair(blob, buildQuadtree(*blob));
+    };
+    const auto [plain, plainTree] = build(0);
+    const TQuadtreeStats ordinary = getQuadtreeStats(*plainTree->getRoot());
+    EXPECT_EQ(ordinary.depth, 4);  // 16 points a node there: no more cuts
+    EXPECT_EQ(ordinary.leaves, 256);
+    EXPECT_EQ(ordinary.leafFeatures, 64 * 64);
+
+    const auto [hostile, tree] = build(1000);
+    const TQuadtreeStats stats = getQuadtreeStats(*tree->getRoot());
+    EXPECT_LE(stats.leafFeatures, QuadtreeNode::kMaxReferencesPerFeature * (64 * 64 + 1000));
+    EXPECT_GE(stats.depth, 2);  // still an index, cut where the allowance lasted
+}

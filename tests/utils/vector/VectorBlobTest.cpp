@@ -169,3 +169,24 @@ TEST(VectorBlobPointers, StylesOutsideTheImageAreRefusedNotRead) {
     EXPECT_FALSE(blob->getLineStyle(0, lineStyle));
     EXPECT_EQ(blob->getLinePolyLineIndex(0), -1);
 }
+
+TEST(VectorBlobRoundTrip, LoadingASecondImageReplacesTheFirstAndLeavesEarlierCopiesIntact) {
+    kiv_test::TempDeviceRoot root;
+    {
+        CEntityWriter writer(L"\\site.vec");
+        ASSERT_TRUE(smallSitePlan()->serialize(writer));
+        CEntityWriter empty(L"\\empty.vec");
+        ASSERT_TRUE(VectorBlobBuilder().build()->serialize(empty));
+    }
+    auto blob = loadFile(root.HostPath(L"\\empty.vec"));
+    ASSERT_NE(blob, nullptr);
+    const VectorBlob before(*blob);
+    const std::string bytes = kiv_test::ReadFileBytes(root.HostPath(L"\\site.vec"));
+    std::shared_ptr<unsigned char[]> image(new unsigned char[bytes.size()]);
+    std::memcpy(image.get(), bytes.data(), bytes.size());
+    ASSERT_TRUE(blob->deserialize(image, static_cast<int>(bytes.size())));
+    EXPECT_EQ(blob->getPoolManager().getPoolCount(), before.getPoolManager().getPoolCount());
+    expectSameEntities(*smallSitePlan(), *blob);
+    expectSameEntities(*VectorBlobBuilder().build(), before);
+    EXPECT_EQ(before.getPointCount(), 0u);
+}

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 
+#include "platform/host/TextCodec.h"
 #include "platform/kivutils/FileFuncs.h"
 #include "tests/support/TestSupport.h"
 #include "utils/vector/VectorImageProducer.h"
@@ -49,4 +50,16 @@ TEST(VectorImageLibraryImages, ReadOnlyTargetRefusesAndLeavesTheImageFitToSaveAg
     EXPECT_EQ(style.colour, RGB(200, 100, 50));
     EXPECT_EQ(filesIn(root, L"\\Maps"), 1);
     EXPECT_FALSE(library.saveImage(L"site.vec", nullptr));
+}
+
+TEST(VectorImageLibraryImages, AHostFolderKeepsItsImagesInsideIt) {
+    kiv_test::TempDeviceRoot root;
+    const std::wstring folder = kiv_text::FromUtf8(root.path()) + L"/maps";
+    VectorImageLibrary library(folder.c_str());
+    ASSERT_TRUE(library.saveImage(L"site.vec", points(3, RGB(1, 2, 3))));
+    EXPECT_TRUE(std::filesystem::is_regular_file(root.path() + "/maps/site.vec"));
+    EXPECT_FALSE(std::filesystem::exists(root.path() + "/maps\\site.vec"));
+    auto loaded = library.getImage(L"site.vec");
+    ASSERT_NE(loaded, nullptr);
+    EXPECT_EQ(loaded->getPointCount(), 3u);
 }
