@@ -36,9 +36,19 @@ bool InShowableRange(double v) { return v >= -1e64 && v <= 1e64; }  // false for
 // v as "%*.*lf" with width d + 1 and precision d writes it, never as a negative zero
 // such as -0.000. As with printf, a negative precision means six decimals and a negative
 // width left-justifies; digits beyond kMaxPrecision and padding beyond 64 are not written.
+// 5 / 10^(d + 1) for the usual digit counts: each power of ten up to 10^22 is exact, so
+// the quotient is the one pow would give, without the call.
+constexpr double kPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                   1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+double HalfLastDigit(int d) {
+    if (d >= 0 && d + 1 < static_cast<int>(std::size(kPowersOfTen))) return 5.0 / kPowersOfTen[d + 1];
+    return 5.0 / std::pow(10.0, static_cast<double>(d) + 1.0);
+}
+
 CKivStringT PlainNumberText(double v, int d) {
     if (std::isnan(v)) v = 0;
-    if (std::fabs(v) < 5.0 / std::pow(10.0, static_cast<double>(d) + 1.0)) v = 0;
+    if (std::fabs(v) < HalfLastDigit(d)) v = 0;
     CKivStringT text = kiv_formats::DoubleToString(v, d < 0 ? 6 : d);
     const long long width = std::clamp(static_cast<long long>(d) + 1, -64LL, 64LL);
     const long long pad = (width < 0 ? -width : width) - text.GetLength();
@@ -137,7 +147,9 @@ bool MatchTypedSuffix(std::wstring_view text, kiv_df::UNITS& units, size_t& cut)
         const std::wstring_view suffix = Xlate(row.suffix);
         // Deliberate: only the first occurrence counts, so "ich" is read as "ch" with a
         // stray "i" left in the number, and a suffix letter earlier in the text makes the
-        // row fail. Typed values in stored jobs depend on this reading.
+        // row fail. Typed values in stored jobs depend on this reading. A text that does
+        // not end in the suffix cannot match, which most plain numbers show at once.
+        if (!copy.ends_with(suffix)) continue;
         const size_t p = copy.find(suffix);
         if (p != std::wstring_view::npos && p + suffix.size() == copy.size()) {
             units = row.units;
