@@ -23,13 +23,24 @@ const wchar_t* const kAngleTexts[] = {L"rad", L"grd", L"mls", L""};
 
 struct TypedSuffix {
     const wchar_t* suffix;
+    size_t length;
     kiv_df::UNITS units;
 };
 // Searched in this order; "ch" before "ich" and "fti" before "ifti" on purpose (see below).
 const TypedSuffix kTypedSuffixes[] = {
-    {L"m", kiv_df::eMeters},          {L"if", kiv_df::eIntlFeet},   {L"f", kiv_df::eUSFeet},
-    {L"fti", kiv_df::eUSFeetInches},  {L"ifti", kiv_df::eIntlFeetInches},
-    {L"ch", kiv_df::eUSChains},       {L"ich", kiv_df::eIntlChains}};
+    {L"m", 1, kiv_df::eMeters},          {L"if", 2, kiv_df::eIntlFeet},   {L"f", 1, kiv_df::eUSFeet},
+    {L"fti", 3, kiv_df::eUSFeetInches},  {L"ifti", 4, kiv_df::eIntlFeetInches},
+    {L"ch", 2, kiv_df::eUSChains},       {L"ich", 3, kiv_df::eIntlChains}};
+
+// `text` ends in `suffix`, compared from the last character back (plain numbers differ
+// there at once).
+bool EndsWith(std::wstring_view text, std::wstring_view suffix) {
+    if (suffix.size() > text.size()) return false;
+    const wchar_t* tail = text.data() + (text.size() - suffix.size());
+    for (size_t i = suffix.size(); i > 0; --i)
+        if (tail[i - 1] != suffix[i - 1]) return false;
+    return true;
+}
 
 bool InShowableRange(double v) { return v >= -1e64 && v <= 1e64; }  // false for NaN
 
@@ -144,12 +155,13 @@ bool MatchTypedSuffix(std::wstring_view text, kiv_df::UNITS& units, size_t& cut)
     }
     const std::wstring_view copy(lowered, length);
     for (const auto& row : kTypedSuffixes) {
-        const std::wstring_view suffix = Xlate(row.suffix);
+        const wchar_t* translated = Xlate(row.suffix);
+        const std::wstring_view suffix(translated, translated == row.suffix ? row.length : std::wcslen(translated));
         // Deliberate: only the first occurrence counts, so "ich" is read as "ch" with a
         // stray "i" left in the number, and a suffix letter earlier in the text makes the
         // row fail. Typed values in stored jobs depend on this reading. A text that does
         // not end in the suffix cannot match, which most plain numbers show at once.
-        if (!copy.ends_with(suffix)) continue;
+        if (!EndsWith(copy, suffix)) continue;
         const size_t p = copy.find(suffix);
         if (p != std::wstring_view::npos && p + suffix.size() == copy.size()) {
             units = row.units;
