@@ -5,7 +5,7 @@
 set -eu
 
 PACKAGES="cmake ninja-build g++ make googletest libgtest-dev libgmock-dev libbenchmark-dev \
-libfmt-dev libcli11-dev libpng-dev clang libclang-rt-14-dev libxml2-utils python3 locales \
+libfmt-dev libcli11-dev libpng-dev clang libclang-rt-14-dev libxml2-utils python3 locales gcovr \
 libpugixml-dev libboost-dev"
 
 SUDO=""
