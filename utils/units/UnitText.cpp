@@ -53,7 +53,7 @@ constexpr double kPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7
                                    1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
 double HalfLastDigit(int d) {
-    if (d >= 0 && d + 1 < static_cast<int>(std::size(kPowersOfTen))) return 5.0 / kPowersOfTen[d + 1];
+    if (d >= 0 && d < static_cast<int>(std::size(kPowersOfTen)) - 1) return 5.0 / kPowersOfTen[d + 1];
     return 5.0 / std::pow(10.0, static_cast<double>(d) + 1.0);
 }
 
