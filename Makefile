@@ -82,7 +82,8 @@ coverage: deps
 	cmake --build build-coverage -j $(JOBS)
 	find build-coverage -name '*.gcda' -delete
 	cd build-coverage && ctest --output-on-failure -j $(JOBS)
-	gcovr -r . --object-directory build-coverage --filter 'platform/' --filter 'utils/' \
+	gcovr -r . --object-directory build-coverage --exclude-directories 'build-coverage/CMakeFiles' \
+	      --gcov-ignore-parse-errors --filter 'platform/' --filter 'utils/' \
 	      --exclude-throw-branches --exclude-unreachable-branches -j $(JOBS) \
 	      --json-summary build-coverage/coverage.json --print-summary
 	@scripts/coverage-summary.py build-coverage/coverage.json
