@@ -5,7 +5,7 @@ JOBS        ?= $(shell nproc)
 FUZZ_SECONDS ?= 30
 CMAKE_FLAGS ?=
 
-.PHONY: all run test sanitize tsan bench fuzz deps configure build clean
+.PHONY: all run test sanitize tsan bench fuzz fuzz-merge coverage deps configure build clean
 
 all: build
 
@@ -65,5 +65,29 @@ fuzz: deps
 	    $$f -max_total_time=$(FUZZ_SECONDS) -print_final_stats=1 build-fuzz/corpus/$$name $$seeds || exit 1; \
 	done
 
+# Folds the inputs of the last fuzz run that reached new code into the kept corpora,
+# minimised (each kept input adds coverage the others lack).
+fuzz-merge:
+	@for f in build-fuzz/fuzz/fuzz_*; do \
+	    name=$$(basename $$f); mkdir -p fuzz/corpus/$$name; \
+	    $$f -merge=1 fuzz/corpus/$$name build-fuzz/corpus/$$name 2>&1 | grep -E "MERGE-OUTER: [0-9]+ new files" || exit 1; \
+	done
+
+# Line and branch coverage of platform/ and utils/, per folder, from the whole test run.
+# Branches are counted without the ones the compiler adds for exceptions.
+coverage: deps
+	cmake -S . -B build-coverage -G Ninja -DCMAKE_BUILD_TYPE=Debug -DKIV_WERROR=ON \
+	      -DKIV_BUILD_BENCH=OFF -DKIV_BUILD_TOOLS=ON \
+	      -DCMAKE_CXX_FLAGS="--coverage -O0" -DCMAKE_C_FLAGS="--coverage -O0" \
+	      -DCMAKE_EXE_LINKER_FLAGS="--coverage" -DCMAKE_SHARED_LINKER_FLAGS="--coverage"
+	cmake --build build-coverage -j $(JOBS)
+	find build-coverage -name '*.gcda' -delete
+	cd build-coverage && ctest --output-on-failure -j $(JOBS)
+	gcovr -r . --object-directory build-coverage --exclude-directories 'build-coverage/CMakeFiles' \
+	      --gcov-ignore-parse-errors --filter 'platform/' --filter 'utils/' \
+	      --exclude-throw-branches --exclude-unreachable-branches -j $(JOBS) \
+	      --json-summary build-coverage/coverage.json --print-summary
+	@scripts/coverage-summary.py build-coverage/coverage.json
+
 clean:
-	rm -rf build build-sanitize build-tsan build-bench build-fuzz
+	rm -rf build build-sanitize build-tsan build-bench build-fuzz build-coverage

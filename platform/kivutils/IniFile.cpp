@@ -21,10 +21,9 @@ std::wstring_view TrimBlanks(std::wstring_view text) {
     return text;
 }
 
-std::wstring Text(std::wstring_view view) { return std::wstring(view); }
-
-// `line` holds no line break.
-void ParseLine(std::wstring_view line, std::wstring& section, CThreeTupleStore& store) {
+// `line` holds no line break. `section` is the position of the current section in the
+// store, or npos before the first header.
+void ParseLine(std::wstring_view line, size_t& section, CThreeTupleStore& store) {
     // The store keeps C strings: what follows a NUL would be cut from a name anyway, and
     // a name cut short could end in a blank or come out empty, which no writer accepts.
     line = line.substr(0, line.find(L'\0'));
@@ -34,18 +33,19 @@ void ParseLine(std::wstring_view line, std::wstring& section, CThreeTupleStore& 
         // A header that never closes is no record either: its key would begin with '['.
         const size_t close = content.find(L']');
         if (close == std::wstring_view::npos) return;
-        section = Text(TrimBlanks(content.substr(1, close - 1)));
-        store.AddSection(section.c_str());
+        section = store.AddSectionAt(TrimBlanks(content.substr(1, close - 1)));
         return;
     }
     const size_t equals = line.find(L'=');
     if (equals == std::wstring_view::npos) return;  // neither section nor record
-    const std::wstring key = Text(TrimBlanks(line.substr(0, equals)));
+    const std::wstring_view key = TrimBlanks(line.substr(0, equals));
     if (key.empty()) return;
     std::wstring_view value = line.substr(equals + 1);
     while (!value.empty() && IsSpaceOrTab(value.front())) value.remove_prefix(1);
+    // Records before the first header belong to the section "".
+    if (section == CThreeTupleStore::npos) section = store.AddSectionAt(std::wstring_view());
     // The first record of a key wins, as with the device's own profile functions.
-    store.AddValue(section.c_str(), key.c_str(), Text(value).c_str());
+    store.AddValueAt(section, key, value);
 }
 
 ETextEncoding EncodingOf(kiv_text::Encoding found) {
@@ -100,11 +100,12 @@ void parseSettingsIni(std::string_view bytes, CThreeTupleStore& store, ETextEnco
     kiv_text::Encoding found;
     const std::wstring text = kiv_text::DecodeText(bytes, &found);
     encoding = EncodingOf(found);
-    std::wstring section;
+    size_t section = CThreeTupleStore::npos;
     // A line ends at CR LF, LF or a CR of its own, so no text read holds a line break.
     std::wstring_view rest(text);
     while (!rest.empty()) {
-        const size_t end = std::min(rest.find_first_of(L"\r\n"), rest.size());
+        size_t end = 0;
+        while (end < rest.size() && rest[end] != L'\r' && rest[end] != L'\n') ++end;
         ParseLine(rest.substr(0, end), section, store);
         const bool crLf = end + 1 < rest.size() && rest[end] == L'\r' && rest[end + 1] == L'\n';
         rest.remove_prefix(std::min(rest.size(), end + (crLf ? 2 : 1)));

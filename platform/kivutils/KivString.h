@@ -86,6 +86,12 @@ public:
         s_.assign(1, ch);
         return *this;
     }
+    // Replace or extend the text with `length` characters at `text`, keeping the storage
+    // the string already has (a reader that refills the same strings allocates once).
+    void SetString(const wchar_t* text, int length) { s_.assign(text && length > 0 ? text : L"", length > 0 ? length : 0); }
+    void Append(const wchar_t* text, int length) {
+        if (text && length > 0) s_.append(text, static_cast<size_t>(length));
+    }
     CKivStringT& operator+=(const CKivStringT& other) {
         s_ += other.s_;
         return *this;

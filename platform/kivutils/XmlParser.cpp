@@ -191,25 +191,33 @@ bool CXmlParser::TryTagAt(size_t at, Markup& markup) const {
         return true;
     }
     if (i < size && !IsBlank(text_[i]) && text_[i] != L'/' && text_[i] != L'>') return false;
-    wchar_t quote = 0;
-    wchar_t last = 0;  // the last character outside quotes that is not blank
+    const wchar_t* text = text_.data();
     for (; i < size; ++i) {
-        const wchar_t c = text_[i];
+        const wchar_t c = text[i];
         if (c == L'<') return false;
-        if (quote) {
-            if (c == quote) quote = 0;
-        } else if (c == L'"' || c == L'\'') {
-            quote = c;
+        if (c == L'"' || c == L'\'') {
+            // Inside quotes only the closing quote matters ('<' included: a quoted '<'
+            // is refused too).
+            for (++i; i < size && text[i] != c; ++i) {
+                if (text[i] == L'<') return false;
+            }
+            if (i >= size) return false;
         } else if (c == L'>') {
-            markup = Markup{Kind::Start, at, i + 1, markup.nameEnd, last == L'/'};
+            // The last character before the '>' that is not blank lies outside quotes
+            // (a closing quote is itself not blank), so a '/' there closes the tag.
+            size_t last = i;
+            while (last > markup.nameEnd && IsBlank(text[last - 1])) --last;
+            const bool selfClosed = last > markup.nameEnd && text[last - 1] == L'/';
+            markup = Markup{Kind::Start, at, i + 1, markup.nameEnd, selfClosed};
             return true;
         }
-        if (!IsBlank(c) && !quote) last = c;
     }
     return false;
 }
 
 bool CXmlParser::TryMarkupAt(size_t at, Markup& markup) {
+    // Nearly all markup is tags: the others all begin "<?" or "<!".
+    if (at + 1 >= text_.size() || (text_[at + 1] != L'?' && text_[at + 1] != L'!')) return TryTagAt(at, markup);
     const std::wstring_view rest = std::wstring_view(text_).substr(at);
     size_t close = std::wstring::npos, length = 0;
     if (rest.starts_with(L"<?")) {
@@ -230,7 +238,11 @@ bool CXmlParser::TryMarkupAt(size_t at, Markup& markup) {
 
 CXmlParser::Markup CXmlParser::FindMarkup(size_t from) {
     if (hasNext_ && next_.at >= from) return next_;
-    for (size_t at = text_.find(L'<', from); at != std::wstring::npos; at = text_.find(L'<', at + 1)) {
+    // Markup is usually a few characters away: a plain scan beats a call per search.
+    const wchar_t* text = text_.data();
+    const size_t size = text_.size();
+    for (size_t at = from; at < size; ++at) {
+        if (text[at] != L'<') continue;
         Markup markup;
         if (TryMarkupAt(at, markup)) return markup;
     }
@@ -256,23 +268,29 @@ bool CXmlParser::ReadToken(CKivStringT& tag, CKivStringT& attributes, CKivString
         pos_ = markup.end;
         if (markup.kind == Kind::Skip) continue;
         const std::wstring_view text(text_);
+        // The strings are refilled in place, so a caller that passes the same ones on
+        // every call reads the whole file with hardly an allocation.
+        const auto set = [](CKivStringT& target, std::wstring_view part) {
+            target.SetString(part.data(), static_cast<int>(part.size()));
+        };
         if (markup.kind == Kind::End) {
-            tag = L"/" + std::wstring(text.substr(markup.at + 2, markup.nameEnd - markup.at - 2));
+            set(tag, text.substr(markup.at + 1, markup.nameEnd - markup.at - 1));  // "/name"
             return true;
         }
         const std::wstring_view name = text.substr(markup.at + 1, markup.nameEnd - markup.at - 1);
-        tag = CKivStringT(name);
+        set(tag, name);
         std::wstring_view inside = TrimBlanks(text.substr(markup.nameEnd, markup.end - 1 - markup.nameEnd));
         if (markup.selfClosed) {
             inside.remove_suffix(1);  // the '/'
-            attributes = CKivStringT(TrimBlanks(inside));
-            pendingEnd_ = L"/" + std::wstring(name);
+            set(attributes, TrimBlanks(inside));
+            pendingEnd_.SetString(L"/", 1);
+            pendingEnd_.Append(name.data(), static_cast<int>(name.size()));
             return true;
         }
-        attributes = CKivStringT(inside);
+        set(attributes, inside);
         next_ = FindMarkup(pos_);
         hasNext_ = true;
-        content = CKivStringT(text.substr(pos_, next_.at - pos_));
+        set(content, text.substr(pos_, next_.at - pos_));
         return true;
     }
 }

@@ -1,12 +1,14 @@
-// The CRC-16 tables and loops. The instance table is the one callers see through
-// CRC16Init; long buffers over the standard table go through eight derived tables
-// (slicing by eight), which give the same value as the byte loop, eight bytes per step.
+// The CRC-16 table and loop. The instance table is the one callers see through
+// CRC16Init; long buffers over the standard table go through a faster path of equal
+// result (carry-less-multiply folding where the processor has it, slicing by eight
+// elsewhere).
 #include "utils/settings/CRC16.h"
 
 #include <cstdint>
 #include <cstring>
 
 #include "platform/kivutils/KivLog.h"
+#include "utils/settings/CRC16Paths.h"
 
 namespace {
 
@@ -18,37 +20,9 @@ constexpr std::uint16_t TableEntry(unsigned byte) {
     return static_cast<std::uint16_t>(reg);
 }
 
-// slices[k][i] is the register after byte i followed by k zero bytes, from a zero
-// register; the register's contribution to eight bytes is then one lookup per byte.
-struct SliceTables {
-    std::uint16_t t[8][256];
-};
-
-constexpr SliceTables MakeSlices() {
-    SliceTables s{};
-    for (unsigned i = 0; i < 256; ++i) s.t[0][i] = TableEntry(i);
-    for (int k = 1; k < 8; ++k)
-        for (unsigned i = 0; i < 256; ++i) {
-            const unsigned prev = s.t[k - 1][i];
-            s.t[k][i] = static_cast<std::uint16_t>((prev << 8) ^ s.t[0][prev >> 8]);
-        }
-    return s;
-}
-
-constexpr SliceTables kSlices = MakeSlices();
-static_assert(sizeof kSlices.t[0] == 256 * sizeof(unsigned short));
-
-// Below this length the check of the instance table would cost more than slicing saves.
-constexpr int kSliceFrom = 256;
-
-unsigned SliceBy8(unsigned crc, const unsigned char*& p, std::size_t blocks) {
-    const auto& t = kSlices.t;
-    for (; blocks > 0; --blocks, p += 8) {
-        crc = t[7][p[0] ^ (crc >> 8)] ^ t[6][p[1] ^ (crc & 0xFF)] ^ t[5][p[2]] ^ t[4][p[3]] ^
-              t[3][p[4]] ^ t[2][p[5]] ^ t[1][p[6]] ^ t[0][p[7]];
-    }
-    return crc;
-}
+// Below this length the check of the instance table would cost more than the long-buffer
+// paths save.
+constexpr int kLongFrom = 256;
 
 }  // namespace
 
@@ -75,17 +49,19 @@ unsigned short CCRC16::ComputeCRC16(unsigned short crc, const void* data, int le
     }
     if (length == 0) return crc;
     const auto* p = static_cast<const unsigned char*>(data);
-    unsigned reg = crc;
-    int left = length;
-    // The derived tables belong to the standard table. CRC16Init hands out the instance
-    // table for writing, so a caller may have changed it at any time: a long buffer is
-    // sliced only while the table is still the standard one, and anything else goes
-    // byte by byte through the table as it now is. Short buffers skip the comparison.
-    if (length >= kSliceFrom && std::memcmp(m_table, kSlices.t[0], sizeof m_table) == 0) {
-        reg = SliceBy8(reg, p, static_cast<std::size_t>(length) / 8);
-        left = length % 8;
+    // The long-buffer paths belong to the standard table. CRC16Init hands out the
+    // instance table for writing, so a caller may have changed it at any time: a long
+    // buffer takes them only while the table is still the standard one, and anything
+    // else goes byte by byte through the table as it now is. Short buffers skip the
+    // comparison.
+    if (length >= kLongFrom &&
+        std::memcmp(m_table, kiv_crc_detail::StandardTable(), sizeof m_table) == 0) {
+        const auto n = static_cast<std::size_t>(length);
+        return kiv_crc_detail::FoldingAvailable() ? kiv_crc_detail::FoldedCrc16(crc, p, n)
+                                                  : kiv_crc_detail::SlicedCrc16(crc, p, n);
     }
-    for (; left > 0; --left, ++p) {
+    unsigned reg = crc;
+    for (int left = length; left > 0; --left, ++p) {
         const unsigned index = (*p ^ (reg >> 8)) & 0xFF;
         // Deliberate: the guard admits 256 and cannot fire for byte input; it is kept
         // as the data checks have always had it.

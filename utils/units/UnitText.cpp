@@ -23,22 +23,43 @@ const wchar_t* const kAngleTexts[] = {L"rad", L"grd", L"mls", L""};
 
 struct TypedSuffix {
     const wchar_t* suffix;
+    size_t length;
     kiv_df::UNITS units;
 };
 // Searched in this order; "ch" before "ich" and "fti" before "ifti" on purpose (see below).
 const TypedSuffix kTypedSuffixes[] = {
-    {L"m", kiv_df::eMeters},          {L"if", kiv_df::eIntlFeet},   {L"f", kiv_df::eUSFeet},
-    {L"fti", kiv_df::eUSFeetInches},  {L"ifti", kiv_df::eIntlFeetInches},
-    {L"ch", kiv_df::eUSChains},       {L"ich", kiv_df::eIntlChains}};
+    {L"m", 1, kiv_df::eMeters},          {L"if", 2, kiv_df::eIntlFeet},   {L"f", 1, kiv_df::eUSFeet},
+    {L"fti", 3, kiv_df::eUSFeetInches},  {L"ifti", 4, kiv_df::eIntlFeetInches},
+    {L"ch", 2, kiv_df::eUSChains},       {L"ich", 3, kiv_df::eIntlChains}};
+
+// `text` ends in `suffix`, compared from the last character back (plain numbers differ
+// there at once).
+bool EndsWith(std::wstring_view text, std::wstring_view suffix) {
+    if (suffix.size() > text.size()) return false;
+    const wchar_t* tail = text.data() + (text.size() - suffix.size());
+    for (size_t i = suffix.size(); i > 0; --i)
+        if (tail[i - 1] != suffix[i - 1]) return false;
+    return true;
+}
 
 bool InShowableRange(double v) { return v >= -1e64 && v <= 1e64; }  // false for NaN
 
 // v as "%*.*lf" with width d + 1 and precision d writes it, never as a negative zero
 // such as -0.000. As with printf, a negative precision means six decimals and a negative
 // width left-justifies; digits beyond kMaxPrecision and padding beyond 64 are not written.
+// 5 / 10^(d + 1) for the usual digit counts: each power of ten up to 10^22 is exact, so
+// the quotient is the one pow would give, without the call.
+constexpr double kPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                   1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+double HalfLastDigit(int d) {
+    if (d >= 0 && d < static_cast<int>(std::size(kPowersOfTen)) - 1) return 5.0 / kPowersOfTen[d + 1];
+    return 5.0 / std::pow(10.0, static_cast<double>(d) + 1.0);
+}
+
 CKivStringT PlainNumberText(double v, int d) {
     if (std::isnan(v)) v = 0;
-    if (std::fabs(v) < 5.0 / std::pow(10.0, static_cast<double>(d) + 1.0)) v = 0;
+    if (std::fabs(v) < HalfLastDigit(d)) v = 0;
     CKivStringT text = kiv_formats::DoubleToString(v, d < 0 ? 6 : d);
     const long long width = std::clamp(static_cast<long long>(d) + 1, -64LL, 64LL);
     const long long pad = (width < 0 ? -width : width) - text.GetLength();
@@ -134,10 +155,13 @@ bool MatchTypedSuffix(std::wstring_view text, kiv_df::UNITS& units, size_t& cut)
     }
     const std::wstring_view copy(lowered, length);
     for (const auto& row : kTypedSuffixes) {
-        const std::wstring_view suffix = Xlate(row.suffix);
+        const wchar_t* translated = Xlate(row.suffix);
+        const std::wstring_view suffix(translated, translated == row.suffix ? row.length : std::wcslen(translated));
         // Deliberate: only the first occurrence counts, so "ich" is read as "ch" with a
         // stray "i" left in the number, and a suffix letter earlier in the text makes the
-        // row fail. Typed values in stored jobs depend on this reading.
+        // row fail. Typed values in stored jobs depend on this reading. A text that does
+        // not end in the suffix cannot match, which most plain numbers show at once.
+        if (!EndsWith(copy, suffix)) continue;
         const size_t p = copy.find(suffix);
         if (p != std::wstring_view::npos && p + suffix.size() == copy.size()) {
             units = row.units;

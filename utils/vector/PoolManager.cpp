@@ -34,8 +34,20 @@ bool BlockIntervalMap::lookup(std::uintptr_t address, Block& found) const {
 PoolManager::PoolManager(IReader& reader) { collectPtrs(reader); }
 
 void PoolManager::collectPtrs(IReader& reader) {
+    unlistedTable_ = nullptr;
     collector_.fields.RemoveAll();
     reader.enumPointers(collector_);
+}
+
+void PoolManager::listFields() const {
+    if (unlistedTable_ == nullptr) return;
+    const VectorFormat::FixupTable* table = unlistedTable_;
+    unlistedTable_ = nullptr;
+    // One slot per table word, in table order, filled in one go.
+    const int fieldCount = static_cast<int>(table->getSize() / 4);
+    collector_.fields.SetSize(fieldCount);
+    unsigned char** fields = collector_.fields.GetData();
+    for (int i = 0; i < fieldCount; ++i) fields[i] = image_ + readU32(table->data() + 4 * static_cast<std::size_t>(i));
 }
 
 unsigned char* PoolManager::alloc(int bytes) {
@@ -85,6 +97,7 @@ bool PoolManager::contains(const void* address, std::size_t bytes) const {
 }
 
 PoolManager::Entity* PoolManager::expandPool(Entity* pool, int newSize) {
+    listFields();
     // The block holds the header too: a size within 8 of the largest int has no block.
     if (pool == nullptr || newSize < 0 || newSize > std::numeric_limits<int>::max() - 8) return nullptr;
     const std::uint32_t oldSize = pool->getSize();
@@ -187,6 +200,7 @@ bool PoolManager::serialize(CEntityWriter& writer) {
     // An image whose file would be too large to describe is refused before the file is
     // created, so that, as when the file cannot be created, nothing has changed.
     if (!layoutFitsFileWords()) return false;
+    listFields();
     if (!writer.open()) return false;
     setupPoolMap();
     CKivArray<unsigned long> fixups;
@@ -229,12 +243,20 @@ bool PoolManager::serialize(CEntityWriter& writer) {
 
 bool PoolManager::fixupsStayInside(const VectorFormat::FixupTable& table) const {
     const std::uint32_t baseWord = toWord(image_);
-    for (std::uint32_t i = 0; i + 4 <= table.getSize(); i += 4) {
-        const std::uint32_t offset = readU32(table.data() + i);
-        if (static_cast<std::uint64_t>(offset) + 4 > imageBytes_) return false;
-        if (static_cast<std::uint64_t>(readU32(image_ + offset) + baseWord) >= imageBytes_) return false;
+    const unsigned char* words = table.data();
+    const std::uint32_t count = table.getSize() / 4;
+    const std::uint64_t bytes = imageBytes_;
+    // Both conditions of every word are folded into one flag, so the loop has no branch
+    // that depends on the data and the processor streams through the table.
+    bool outside = false;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const std::uint32_t offset = readU32(words + 4 * std::size_t{i});
+        const bool fieldOutside = static_cast<std::uint64_t>(offset) + 4 > bytes;
+        // A field outside the image is not read: its offset is replaced by 0 for the read.
+        const std::uint32_t value = readU32(image_ + (fieldOutside ? 0 : offset));
+        outside |= fieldOutside | (static_cast<std::uint64_t>(value + baseWord) >= bytes);
     }
-    return true;
+    return !outside;
 }
 
 bool PoolManager::deserialize(void* image, int bytes) {
@@ -279,12 +301,11 @@ bool PoolManager::deserialize(void* image, int bytes) {
     // make the library read or write outside its bytes.
     if (!fixupsStayInside(*table)) return false;
 
-    // The collector's list is filled in one go: one slot per table word, in table order.
-    const int fieldCount = static_cast<int>(table->getSize() / 4);
-    collector_.fields.SetSize(fieldCount);
-    unsigned char** fields = collector_.fields.GetData();
-    for (int i = 0; i < fieldCount; ++i) fields[i] = at + readU32(table->data() + 4 * static_cast<std::size_t>(i));
-    applyFixupTable(table, image);
+    collector_.fields.RemoveAll();
+    unlistedTable_ = table;
+    // A loaded image is its own arena, so its fields already hold their targets' words:
+    // the addition of the base is of nothing and would only rewrite every field.
+    if (toWord(image) != 0) applyFixupTable(table, image);
     return true;
 }
 

@@ -57,8 +57,14 @@ public:
 
     // Empties the pointer list and lets the reader report every pointer field into it.
     void collectPtrs(IReader& reader);
-    VectorFormat::IPointerProcessor* getPointerCollector() { return &collector_; }
-    const CKivArray<unsigned char*>& getPointerList() const { return collector_.fields; }
+    VectorFormat::IPointerProcessor* getPointerCollector() {
+        listFields();
+        return &collector_;
+    }
+    const CKivArray<unsigned char*>& getPointerList() const {
+        listFields();
+        return collector_.fields;
+    }
 
     // A new uninitialised block of `bytes` in this manager's arena (the caller lays the
     // 8-byte header in it). Null for a negative size, when the arena is exhausted, or
@@ -94,6 +100,9 @@ private:
         CKivArray<unsigned char*> fields;
     };
 
+    // A loaded image's pointer list is the fixup table's: it is written out only when
+    // someone asks for it, so loading touches no more memory than the checks need.
+    void listFields() const;
     void setupPoolMap();
     void patchPointers(CKivArray<unsigned char*>& pointers, BlockIntervalMap& map, CKivArray<unsigned long>& fixups);
     void unpatchPointers(CKivArray<unsigned char*>& pointers, BlockIntervalMap& map, CKivArray<unsigned long>& fixups);
@@ -103,7 +112,9 @@ private:
     std::size_t arenaExtent() const;
 
     CKivArray<Entity*> pools_;
-    PointerCollector collector_;
+    mutable PointerCollector collector_;
+    // The loaded fixup table whose fields are not yet in the collector's list, if any.
+    mutable const VectorFormat::FixupTable* unlistedTable_ = nullptr;
     BlockIntervalMap blockMap_;
     // A built image's arena; a loaded image is the arena itself (image_, imageBytes_).
     std::shared_ptr<kiv_vector_detail::PoolArena> arena_;

@@ -200,8 +200,10 @@ std::shared_ptr<IRenderTree> buildQuadtree(VectorBlob& blob) {
     BoundingBox box = points->getBBox();
     box.widen(lines->getBBox());
     auto root = std::make_shared<QuadtreeNode>(box);
-    root->insertBuffer(points);
-    root->insertBuffer(lines);
+    root->insertBuffer(std::move(points));
+    root->insertBuffer(std::move(lines));
+    // From here the root holds the only reference to each whole buffer, so a split that
+    // empties the root lets the whole-image copies go before the children are cut.
     for (std::uint32_t i = 0; i < blob.getArcCount(); ++i) root->insertBuffer(std::make_shared<ArcBuffer>(blob, i));
     for (std::uint32_t i = 0; i < blob.getSplineCount(); ++i) root->insertBuffer(std::make_shared<SplineBuffer>(blob, i));
     root->insertBuffer(LabelBuffer::fromBlob(blob));

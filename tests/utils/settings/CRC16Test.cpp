@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tests/support/TestSupport.h"
+#include "utils/settings/CRC16Paths.h"
 
 namespace {
 
@@ -47,6 +48,38 @@ TEST(CRC16FastPath, EqualsTheByteLoopForEveryLengthAndAlignment) {
             const unsigned short start = static_cast<unsigned short>(n * 40503u);
             ASSERT_EQ(crc.ComputeCRC16(start, p, n), ByteLoop(table, start, p, n)) << "length " << n << " offset " << offset;
         }
+    }
+}
+
+// Both long-buffer paths directly, whichever of them this processor makes CCRC16 use.
+TEST(CRC16FastPath, FoldingAndSlicingEqualTheByteLoopAtEveryLengthAlignmentAndStart) {
+    std::vector<unsigned char> bytes(400 + 16);
+    std::mt19937 rng(3);
+    for (auto& b : bytes) b = static_cast<unsigned char>(rng());
+    const unsigned short* table = kiv_crc_detail::StandardTable();
+    for (int offset = 0; offset < 16; ++offset) {
+        const unsigned char* p = bytes.data() + offset;
+        for (int n = 0; n <= 400; ++n) {
+            for (unsigned start16 : {0x0000u, 0xFFFFu, (n * 40503u) & 0xFFFFu}) {
+                const auto start = static_cast<unsigned short>(start16);
+                const unsigned short expected = ByteLoop(table, start, p, n);
+                ASSERT_EQ(kiv_crc_detail::FoldedCrc16(start, p, static_cast<std::size_t>(n)), expected)
+                    << "length " << n << " offset " << offset << " start " << start;
+                ASSERT_EQ(kiv_crc_detail::SlicedCrc16(start, p, static_cast<std::size_t>(n)), expected)
+                    << "length " << n << " offset " << offset << " start " << start;
+            }
+        }
+    }
+    // Long random buffers, and the runs of zero and one bits a folding constant error
+    // would show on.
+    std::vector<unsigned char> big((1 << 20) + 77);
+    for (int round = 0; round < 4; ++round) {
+        for (auto& b : big) b = round == 2 ? 0x00 : round == 3 ? 0xFF : static_cast<unsigned char>(rng());
+        const std::size_t n = big.size() - static_cast<std::size_t>(rng() % 300);
+        const unsigned short start = static_cast<unsigned short>(rng());
+        const unsigned short expected = ByteLoop(table, start, big.data() + 1, static_cast<int>(n - 1));
+        EXPECT_EQ(kiv_crc_detail::FoldedCrc16(start, big.data() + 1, n - 1), expected) << round;
+        EXPECT_EQ(kiv_crc_detail::SlicedCrc16(start, big.data() + 1, n - 1), expected) << round;
     }
 }
 

@@ -131,6 +131,29 @@ TEST(PoolDeserialize, RefusesFixupsThatNameOrReachOutsideTheImage) {
     EXPECT_TRUE(loads(image));
 }
 
+TEST(PoolDeserialize, PointerListNamesEveryFixupFieldInTableOrderInTheManagerAndItsCopies) {
+    ImageBytes image({{ePointsList, 56}, {eFixupTable, 8}});
+    const std::size_t points = image.payloadOf(0), table = image.payloadOf(1);
+    image.set(table, static_cast<std::uint32_t>(points + 52));  // second point's field first
+    image.set(table + 4, static_cast<std::uint32_t>(points + 24));
+    image.set(points + 24, static_cast<std::uint32_t>(points));
+    image.set(points + 52, static_cast<std::uint32_t>(points + 28));
+    PoolManager pools;
+    ASSERT_TRUE(pools.deserialize(image.data(), image.size()));
+    const PoolManager copy(pools);
+    for (const PoolManager* manager : {static_cast<const PoolManager*>(&pools), &copy}) {
+        const auto& list = manager->getPointerList();
+        ASSERT_EQ(list.GetSize(), 2);
+        EXPECT_EQ(list[0], image.data() + points + 52);
+        EXPECT_EQ(list[1], image.data() + points + 24);
+    }
+    // Loading leaves the fields as they were: a loaded image's words are its offsets.
+    EXPECT_EQ(readU32(image.data() + points + 52), points + 28);
+    // A field added through the collector goes after the loaded ones.
+    pools.getPointerCollector()->processPointer(image.data() + points);
+    EXPECT_EQ(pools.getPointerList().GetSize(), 3);
+}
+
 TEST(PoolExpand, AdjustsTheWordThatNowStandsWhereAMovedFieldIsRecorded) {
     PoolManager pools;
     PoolEntity* styles = newPool(pools, ePointStylesList, 32);  // grows
