@@ -21,6 +21,7 @@ namespace {
 
 using kivutil::BadInput;
 using kivutil::LoadVectorImage;
+using kivutil::LoadMappedVectorImage;
 
 std::wstring Wide(const std::string& s) { return kiv_text::FromUtf8(s); }
 

@@ -45,7 +45,11 @@ TEST(KivEvent, AutoResetSetWakesExactlyOneWaiter) {
     ASSERT_TRUE(waiters.anyWoken.Wait());
     EXPECT_EQ(waiters.woken.load(), 1);
     EXPECT_FALSE(event.Wait(0)) << "the Set was spent on the one waiter it woke";
-    for (int i = 0; i < 3; ++i) event.Set();
+    // Setting an event that is already set adds nothing, so each Set waits for its waiter.
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_TRUE(event.Set());
+        ASSERT_TRUE(waiters.anyWoken.Wait());
+    }
     Join(threads);
     EXPECT_EQ(waiters.woken.load(), 4);
 }
