@@ -6,7 +6,7 @@ set -eu
 
 PACKAGES="cmake ninja-build g++ make googletest libgtest-dev libgmock-dev libbenchmark-dev \
 libfmt-dev libcli11-dev libpng-dev clang libclang-rt-14-dev libxml2-utils python3 locales \
-libpugixml-dev"
+libpugixml-dev libgdal-dev gdal-bin libproj-dev proj-bin pkg-config"
 
 SUDO=""
 if [ "$(id -u)" -ne 0 ]; then
