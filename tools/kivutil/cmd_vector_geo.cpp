@@ -7,10 +7,13 @@
 
 #include <fmt/format.h>
 
+#include "geodata/GeoExport.h"
 #include "geodata/GeoImport.h"
 #include "platform/host/TextCodec.h"
 #include "tools/kivutil/Command.h"
 #include "utils/vector/EntityWriter.h"
+#include "utils/vector/VectorFile.h"
+#include "utils/vector/VectorImageLibrary.h"
 
 namespace {
 
@@ -40,6 +43,28 @@ int RunImport(const kiv_geo::TImportOptions& given, const std::string& output) {
     return kivutil::kExitOk;
 }
 
+int RunExport(const std::string& file, const kiv_geo::TExportOptions& options) {
+    std::shared_ptr<unsigned char[]> bytes;
+    std::size_t size = 0;
+    const auto read = kiv_vector_detail::readWholeFile(kiv_text::FromUtf8(file).c_str(),
+                                                       VectorImageLibrary::kMaxImageBytes, bytes, size);
+    auto blob = std::make_shared<VectorBlob>();
+    if (read != kiv_vector_detail::EReadResult::eRead || !blob->deserialize(bytes, static_cast<int>(size))) {
+        std::cerr << "kivutil: cannot load " << file << " as a vector image; \"kivutil vector info " << file
+                  << "\" says why\n";
+        return kivutil::kExitFailed;
+    }
+    kiv_geo::TExportSummary summary;
+    if (!kiv_geo::exportGeodata(*blob, options, summary)) {
+        if (summary.badInput) return kivutil::BadInput(summary.error);
+        std::cerr << "kivutil: " << summary.error << "\n";
+        return kivutil::kExitFailed;
+    }
+    std::cout << fmt::format("wrote {} ({}): {} points, {} polylines, {} labels\n", options.output, summary.format,
+                             summary.points, summary.polylines, summary.labels);
+    return kivutil::kExitOk;
+}
+
 // Registered after the vector command, whose subcommand it extends.
 kivutil::Registration vectorGeo(41, [](CLI::App& app, std::function<int()>& run) {
     CLI::App* vector = app.get_subcommand("vector");
@@ -58,6 +83,18 @@ kivutil::Registration vectorGeo(41, [](CLI::App& app, std::function<int()>& run)
     import->add_option("--label-field", args->options.labelField, "label each feature with this field's text");
     import->add_option("--style-field", args->options.styleField, "take each feature's style string from this field");
     import->callback([&run, args] { run = [args] { return RunImport(args->options, args->output); }; });
+
+    struct ExportArgs {
+        std::string file;
+        kiv_geo::TExportOptions options;
+    };
+    auto exportArgs = std::make_shared<ExportArgs>();
+    auto* exportCmd = vector->add_subcommand("export", "Write a vector image as a GIS or CAD file to check it in any GIS");
+    exportCmd->add_option("file", exportArgs->file, "vector image file")->required();
+    exportCmd->add_option("-o,--output", exportArgs->options.output, "file (or shapefile folder) to write")->required();
+    exportCmd->add_option("--format", exportArgs->options.format,
+                          "GeoJSON, GPKG, DXF or \"ESRI Shapefile\" (default: by the output's extension)");
+    exportCmd->callback([&run, exportArgs] { run = [exportArgs] { return RunExport(exportArgs->file, exportArgs->options); }; });
 });
 
 }  // namespace
