@@ -43,8 +43,11 @@ struct QuietErrors {
 };
 
 std::string LastGdalError(const std::string& fallback) {
+    // Only GDAL's first line: later ones point into the SQL text and break the one-line report.
     const char* message = CPLGetLastErrorMsg();
-    return message != nullptr && *message ? fallback + ": " + message : fallback;
+    if (message == nullptr || *message == '\0') return fallback;
+    const std::string text(message);
+    return fallback + ": " + text.substr(0, text.find('\n'));
 }
 
 // What a feature's style string says, each part only where the string has it.
