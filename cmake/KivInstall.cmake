@@ -19,6 +19,23 @@ install(DIRECTORY ${KIV_ROOT}/platform ${KIV_ROOT}/utils DESTINATION ${KIV_INSTA
         FILES_MATCHING PATTERN "*.h")
 install(EXPORT utilsTargets NAMESPACE utils:: DESTINATION ${KIV_INSTALL_CMAKEDIR})
 
+# The packages behind the libraries' imported dependencies, found again by consumers;
+# each only when this build links it.
+set(KIV_PACKAGE_DEPENDENCIES "find_dependency(Threads)\nfind_dependency(fmt)\n")
+set(KIV_PC_REQUIRES "fmt")
+foreach(dependency "Freetype;Freetype::Freetype;freetype2" "harfbuzz CONFIG;harfbuzz::harfbuzz;harfbuzz"
+                   "PNG;PNG::PNG;libpng" "Boost;Boost::headers;")
+  list(GET dependency 0 package)
+  list(GET dependency 1 imported)
+  list(GET dependency 2 module)
+  if(TARGET ${imported})
+    string(APPEND KIV_PACKAGE_DEPENDENCIES "find_dependency(${package})\n")
+    if(module)
+      string(APPEND KIV_PC_REQUIRES " ${module}")
+    endif()
+  endif()
+endforeach()
+
 configure_package_config_file(${KIV_ROOT}/cmake/utilsConfig.cmake.in ${CMAKE_CURRENT_BINARY_DIR}/utilsConfig.cmake
                               INSTALL_DESTINATION ${KIV_INSTALL_CMAKEDIR})
 write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/utilsConfigVersion.cmake
