@@ -8,7 +8,8 @@ set -eu
 
 PACKAGES="cmake ninja-build g++ make googletest libgtest-dev libgmock-dev libbenchmark-dev \
 libfmt-dev libcli11-dev libpng-dev libboost-dev clang libclang-rt-14-dev libxml2-utils python3 locales gcovr \
-libpugixml-dev libfreetype-dev libharfbuzz-dev fonts-dejavu-core imagemagick libcairo2-dev pkg-config"
+libpugixml-dev libfreetype-dev libharfbuzz-dev fonts-dejavu-core imagemagick libcairo2-dev pkg-config \
+libgdal-dev gdal-bin libproj-dev proj-bin"
 
 SUDO=""
 if [ "$(id -u)" -ne 0 ]; then

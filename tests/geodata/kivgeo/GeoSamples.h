@@ -1,0 +1,29 @@
+// Source files for the geodata tests, written by tools independent of ours: ogr2ogr
+// converts small CSV tables with WKT geometries, and Python writes the CAD drawing.
+#pragma once
+
+#include <string>
+
+namespace kiv_geo_test {
+
+// A fresh folder for one test, removed with everything in it at the end of the scope.
+class SampleFolder {
+public:
+    SampleFolder();
+    ~SampleFolder();
+    SampleFolder(const SampleFolder&) = delete;
+    SampleFolder& operator=(const SampleFolder&) = delete;
+    std::string path(const std::string& name) const { return path_ + "/" + name; }
+    // Writes `text` to the named file in the folder and returns its path.
+    std::string write(const std::string& name, const std::string& text) const;
+
+private:
+    std::string path_;
+};
+
+// Runs a shell command; its exit status (0 on success).
+int Shell(const std::string& command);
+// The command's standard output.
+std::string Capture(const std::string& command);
+
+}  // namespace kiv_geo_test
