@@ -1,12 +1,14 @@
 #!/bin/sh
 # Installs the Debian packages the build, tests, benchmarks and fuzz targets need.
+# Text is drawn with FreeType, HarfBuzz and the DejaVu fonts; the picture tests read
+# files back with ImageMagick; the line benchmark measures against Cairo.
 # Idempotent: checks each package first and runs apt-get update only when something
 # is missing. Also provides the comma-decimal locale the number-text tests switch to.
 set -eu
 
 PACKAGES="cmake ninja-build g++ make googletest libgtest-dev libgmock-dev libbenchmark-dev \
-libfmt-dev libcli11-dev libpng-dev clang libclang-rt-14-dev libxml2-utils python3 locales \
-libpugixml-dev"
+libfmt-dev libcli11-dev libpng-dev libboost-dev clang libclang-rt-14-dev libxml2-utils python3 locales \
+libpugixml-dev libfreetype-dev libharfbuzz-dev fonts-dejavu-core imagemagick libcairo2-dev pkg-config"
 
 SUDO=""
 if [ "$(id -u)" -ne 0 ]; then

@@ -18,6 +18,7 @@ run length --parse "5'6\"3/8" --unit USfti
 run angle 123.456789 --unit dms --precision 2
 run angle --parse "N 47 30 15.5" --unit dms
 run angle 90 --unit grd --left
+run calc "todms(12°30'36\" + 0:29:24)"
 run area 10000 --unit acres
 run volume 100 --unit USyds
 run vector sample -o site.vec

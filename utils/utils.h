@@ -1,6 +1,8 @@
 // Umbrella header of the utils library: every public header of every subsystem.
 #pragma once
 
+#include "utils/calculator/CalcExpression.h"
+#include "utils/calculator/Calculator.h"
 #include "utils/settings/AppStrPaths.h"
 #include "utils/settings/CRC16.h"
 #include "utils/settings/ColumnSettings.h"

@@ -42,6 +42,16 @@ std::shared_ptr<HandleObject> FindHandle(HANDLE handle) {
     return it == t.objects.end() ? nullptr : it->second;
 }
 
+std::shared_ptr<HandleObject> RemoveHandle(HANDLE handle) {
+    auto& t = TheTable();
+    std::lock_guard g(t.lock);
+    auto it = t.objects.find(reinterpret_cast<std::uintptr_t>(handle));
+    if (it == t.objects.end()) return nullptr;
+    auto object = std::move(it->second);
+    t.objects.erase(it);
+    return object;
+}
+
 }  // namespace kiv_win32
 
 BOOL CloseHandle(HANDLE handle) {
@@ -50,7 +60,7 @@ BOOL CloseHandle(HANDLE handle) {
         auto& t = kiv_win32::TheTable();
         std::lock_guard g(t.lock);
         auto it = t.objects.find(reinterpret_cast<std::uintptr_t>(handle));
-        if (it == t.objects.end()) {
+        if (it == t.objects.end() || it->second->IsDrawingObject()) {
             SetLastError(ERROR_INVALID_HANDLE);
             return FALSE;
         }

@@ -24,10 +24,15 @@ public:
     // Runs once, when the handle that names this object is closed. The object itself lives
     // while anybody still holds it (a thread's handle closed while it runs, say).
     virtual void OnClose() {}
+    // Drawing objects (device contexts, bitmaps, pens, ...) share the table but are
+    // released by DeleteObject, DeleteDC or ReleaseDC; CloseHandle refuses them.
+    virtual bool IsDrawingObject() const { return false; }
 };
 
 HANDLE AddHandle(std::shared_ptr<HandleObject> object);
 std::shared_ptr<HandleObject> FindHandle(HANDLE handle);
+// Takes the object out of the table without running OnClose; null when there is none.
+std::shared_ptr<HandleObject> RemoveHandle(HANDLE handle);
 
 template <class T>
 std::shared_ptr<T> FindHandleAs(HANDLE handle) {

@@ -30,5 +30,9 @@
 #endif
 #if __has_include("platform/win32/Gdi.h")
 #include "platform/win32/Gdi.h"
+#include "platform/win32/GdiBlit.h"
+#include "platform/win32/GdiLines.h"
+#include "platform/win32/GdiShapes.h"
+#include "platform/win32/GdiText.h"
 #endif
 #endif

@@ -6,11 +6,13 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstring>
 #include <list>
 #include <unordered_map>
 #include <vector>
 
 #include "platform/host/Host.h"
+#include "platform/win32/GdiObjects.h"
 #include "platform/win32/RegistryTree.h"  // FoldName: class names ignore case as registry names do
 #include "platform/win32/Sync.h"
 #include "platform/win32/ThreadContext.h"
@@ -58,6 +60,7 @@ using kiv_win32::detail::BlockUntil;
 using kiv_win32::detail::MessageQueue;
 using kiv_win32::detail::SentMessage;
 using kiv_win32::detail::ThreadContext;
+using kiv_win32::detail::Surface;
 
 namespace {
 
@@ -86,6 +89,7 @@ struct Window {
     std::unordered_map<int, LONG_PTR> extra;
     std::vector<HWND> children;  // children and owned windows, in creation order
     bool destroying = false;
+    std::shared_ptr<kiv_win32::detail::Surface> surface;  // what its device contexts draw into
 };
 
 struct WindowTable {
@@ -607,6 +611,30 @@ BOOL GetClientRect(HWND window, LPRECT rect) {
            }) && rect
                ? TRUE
                : FALSE;
+}
+
+std::shared_ptr<kiv_win32::detail::Surface> kiv_win32::detail::WindowSurface(HWND window) {
+    std::shared_ptr<Surface> surface;
+    WithWindow(window, [&](Window& w) {
+        const int width = std::max<LONG>(1, w.rect.right - w.rect.left);
+        const int height = std::max<LONG>(1, w.rect.bottom - w.rect.top);
+        if (w.surface && w.surface->width == width && w.surface->height == height) {
+            surface = w.surface;
+            return;
+        }
+        // A resized window keeps what it showed at its top-left and starts white elsewhere.
+        surface = MakeSurface(width, height, 32, true);
+        if (!surface) return;
+        surface->FillSpan(0, 0, width, 0xFFFFFF);
+        for (int y = 1; y < height; ++y) std::memcpy(surface->Row(y), surface->Row(0), surface->stride);
+        if (w.surface) {
+            const int keepWidth = std::min(width, w.surface->width);
+            for (int y = 0; y < std::min(height, w.surface->height); ++y)
+                std::memcpy(surface->Row(y), w.surface->Row(y), static_cast<size_t>(keepWidth) * 4);
+        }
+        w.surface = surface;
+    });
+    return surface;
 }
 
 BOOL MoveWindow(HWND window, int x, int y, int width, int height, BOOL) {
