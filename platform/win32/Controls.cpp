@@ -103,7 +103,9 @@ void PaintEdit(HWND w, HDC dc, const RECT& r, ControlState& s) {
     // Scroll so that the caret stays inside the field.
     const int inner = r.right - r.left - 8;
     int shift = std::max(0, TextWidth(dc, text, static_cast<size_t>(s.caret)) - inner);
-    const int x0 = r.left + 4 - shift;
+    int x0 = r.left + 4 - shift;
+    // Right-aligned text that fits ends at the right margin.
+    if ((GetWindowLongW(w, GWL_STYLE) & ES_RIGHT) && shift == 0) x0 = r.right - 4 - TextWidth(dc, text, text.size());
     SetTextColor(dc, GetSysColor(enabled ? COLOR_WINDOWTEXT : COLOR_GRAYTEXT));
     RECT clip{r.left + 2, r.top + 2, r.right - 2, r.bottom - 2};
     ExtTextOutW(dc, x0, top, ETO_CLIPPED, &clip, text.c_str(), static_cast<UINT>(text.size()), nullptr);

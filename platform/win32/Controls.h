@@ -35,6 +35,7 @@ constexpr DWORD SS_CENTER = 0x1;
 constexpr DWORD SS_RIGHT = 0x2;
 
 constexpr DWORD ES_LEFT = 0x0000;
+constexpr DWORD ES_RIGHT = 0x0002;
 constexpr DWORD ES_PASSWORD = 0x0020;
 constexpr DWORD ES_AUTOHSCROLL = 0x0080;
 constexpr DWORD ES_READONLY = 0x0800;

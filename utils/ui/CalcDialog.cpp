@@ -23,7 +23,7 @@ constexpr int kButtonWidth = 44;
 constexpr int kButtonHeight = 28;
 constexpr int kPitchX = 46;
 constexpr int kPitchY = 31;
-constexpr int kGridTop = 76;
+constexpr int kGridTop = 82;
 
 const std::vector<KeyButton>& Layout(CCalcDlg::EKind kind) {
     static const std::vector<KeyButton> standard = {
@@ -52,8 +52,8 @@ void RegisterTemplates() {
         const auto& keys = Layout(kind);
         const int rows = static_cast<int>(keys.size()) / kColumns;
         t.rect = RECT{0, 0, 240, kGridTop + rows * kPitchY + 6};
-        t.items.push_back({L"STATIC", L"", IDC_CALC_MODE, SS_LEFT, RECT{8, 34, 60, 50}});
-        t.items.push_back({L"EDIT", L"0", IDC_CALC_DISPLAY, ES_READONLY, RECT{6, 44, 234, 72}});
+        t.items.push_back({L"STATIC", L"", IDC_CALC_MODE, SS_LEFT, RECT{8, 31, 120, 47}});
+        t.items.push_back({L"EDIT", L"0", IDC_CALC_DISPLAY, ES_READONLY | ES_RIGHT, RECT{6, 48, 234, 76}});
         for (size_t i = 0; i < keys.size(); ++i) {
             const int row = static_cast<int>(i) / kColumns, col = static_cast<int>(i) % kColumns;
             const int x = 6 + col * kPitchX, y = kGridTop + row * kPitchY;

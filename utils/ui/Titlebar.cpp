@@ -254,6 +254,7 @@ BOOL CTitlebar::DisplayMenu(LPCWSTR name) {
                                   kMenuWidth, height, dialog_, nullptr, nullptr, nullptr);
     if (!menuWindow_) return FALSE;
     SetWindowLongW(menuWindow_, GWL_USERDATA, reinterpret_cast<LONG_PTR>(this));
+    focusBeforeMenu_ = GetFocus();
     SetFocus(menuWindow_);
     PaintMenu();
     return TRUE;
@@ -267,6 +268,9 @@ void CTitlebar::CloseMenu() {
         SetWindowLongW(w, GWL_USERDATA, 0);
         DestroyWindow(w);
     }
+    // The control that had the focus before the menu opened gets it back.
+    if (IsWindow(focusBeforeMenu_) && GetFocus() != focusBeforeMenu_) SetFocus(focusBeforeMenu_);
+    focusBeforeMenu_ = nullptr;
 }
 
 void CTitlebar::ChooseMenuItem(int index) {

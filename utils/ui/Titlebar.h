@@ -96,6 +96,7 @@ private:
     HWND dialog_ = nullptr;
     HWND window_ = nullptr;
     HWND menuWindow_ = nullptr;
+    HWND focusBeforeMenu_ = nullptr;
     std::vector<const TTitlebarMenuItem*> shown_;  // the entries the open menu lists
     int menuCurrent_ = 0;
     HFONT font_ = nullptr;
