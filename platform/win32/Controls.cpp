@@ -4,6 +4,7 @@
 #include "platform/win32/Controls.h"
 
 #include <algorithm>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,10 @@
 namespace {
 
 enum class Kind { Static, Edit, Button, ListBox, ComboBox };
+
+// What a control's handler answers for a message it leaves to DefWindowProcW; no
+// message of the controls answers this value itself.
+constexpr LRESULT kUnhandled = std::numeric_limits<LRESULT>::min();
 
 struct ControlState {
     Kind kind;
@@ -262,7 +267,7 @@ void ReplaceSelection(HWND w, ControlState& s, const std::wstring& with) {
 }
 
 LRESULT EditMessage(HWND w, ControlState& s, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_GETTEXT || message == WM_GETTEXTLENGTH || message == WM_NCCREATE) return -1;
+    if (message == WM_GETTEXT || message == WM_GETTEXTLENGTH || message == WM_NCCREATE) return kUnhandled;
     const int length = GetWindowTextLengthW(w);
     switch (message) {
         case WM_GETDLGCODE: return DLGC_WANTCHARS | DLGC_WANTARROWS | DLGC_HASSETSEL;
@@ -329,7 +334,7 @@ LRESULT EditMessage(HWND w, ControlState& s, UINT message, WPARAM wParam, LPARAM
         case WM_LBUTTONDOWN: SetFocus(w); return 0;
         case WM_SETFOCUS: Paint(w); Notify(w, EN_SETFOCUS); return 0;
         case WM_KILLFOCUS: Paint(w); Notify(w, EN_KILLFOCUS); return 0;
-        default: return -1;
+        default: return kUnhandled;
     }
     Paint(w);
     return 0;
@@ -383,7 +388,7 @@ LRESULT ButtonMessage(HWND w, ControlState& s, UINT message, WPARAM wParam, LPAR
             return 0;
         case WM_SETFOCUS:
         case WM_KILLFOCUS: break;
-        default: return -1;
+        default: return kUnhandled;
     }
     Paint(w);
     return 0;
@@ -408,7 +413,7 @@ LRESULT ListMessage(HWND w, ControlState& s, UINT message, WPARAM wParam, LPARAM
         case WM_GETDLGCODE: return DLGC_WANTARROWS;
         case LB_ADDSTRING:
         case CB_ADDSTRING:
-            if (message != (combo ? CB_ADDSTRING : LB_ADDSTRING)) return -1;
+            if (message != (combo ? CB_ADDSTRING : LB_ADDSTRING)) return kUnhandled;
             s.items.emplace_back(lParam ? reinterpret_cast<LPCWSTR>(lParam) : L"");
             Paint(w);
             return count;
@@ -460,7 +465,7 @@ LRESULT ListMessage(HWND w, ControlState& s, UINT message, WPARAM wParam, LPARAM
         }
         case WM_SETFOCUS:
         case WM_KILLFOCUS: Paint(w); return 0;
-        default: return -1;
+        default: return kUnhandled;
     }
 }
 
@@ -492,7 +497,7 @@ LRESULT CALLBACK ControlProc(HWND w, UINT message, WPARAM wParam, LPARAM lParam,
         case WM_ENABLE: Paint(w); return 0;
         default: break;
     }
-    LRESULT r = -1;
+    LRESULT r = kUnhandled;
     switch (kind) {
         case Kind::Edit: r = EditMessage(w, *s, message, wParam, lParam); break;
         case Kind::Button: r = ButtonMessage(w, *s, message, wParam, lParam); break;
@@ -502,7 +507,7 @@ LRESULT CALLBACK ControlProc(HWND w, UINT message, WPARAM wParam, LPARAM lParam,
             if (message == WM_GETDLGCODE) return DLGC_STATIC;
             break;
     }
-    if (r != -1) return r;
+    if (r != kUnhandled) return r;
     r = DefWindowProcW(w, message, wParam, lParam);
     if (message == WM_SETTEXT) Paint(w);
     return r;
