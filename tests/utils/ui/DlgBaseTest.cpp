@@ -321,6 +321,12 @@ TEST_F(DlgBaseTest, FocusSelectsTheWholeFieldAndTypingReplacesIt) {
     Key('X', true);
     AfxPumpPendingMessages();
     EXPECT_EQ(d.GetDlgItemText(kEdit2), CKivStringT(L"x"));
+
+    // The posted form moves the focus only once the queue is handled.
+    EXPECT_TRUE(d.PostSetDlgItemFocus(kButton));
+    EXPECT_EQ(GetFocus(), second);
+    AfxPumpPendingMessages();
+    EXPECT_EQ(GetFocus(), GetDlgItem(d.m_hWnd, kButton));
 }
 
 class CEndingDlg : public CDlgBase {
