@@ -194,7 +194,9 @@ LRESULT CALLBACK AfxWndProc(HWND window, UINT message, WPARAM wParam, LPARAM lPa
         wnd->PostNcDestroy();  // may delete the object
         return r;
     }
-    wnd->m_current = outerWnd;
+    // The window may have been destroyed while it handled the message, and an object
+    // that owns itself deleted with it: only a window still attached is touched again.
+    if (CWnd::FromHandlePermanent(window) == wnd) wnd->m_current = outerWnd;
     return r;
 }
 

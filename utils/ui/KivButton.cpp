@@ -32,8 +32,10 @@ LRESULT CKivButton::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     HWND self = m_hWnd;
     const LRESULT r = CWnd::WindowProc(message, wParam, lParam);
     // The face's own queries (state, text, font) come back here and must not draw again.
-    if (!drawing_ && message != WM_NCDESTROY && message != WM_DESTROY && ::IsWindow(self) &&
-        CWnd::FromHandlePermanent(self) == this) {
+    // A click may have closed the dialog and deleted this object with its button, so the
+    // window is asked first and the object's members only after.
+    if (message != WM_NCDESTROY && message != WM_DESTROY && ::IsWindow(self) &&
+        CWnd::FromHandlePermanent(self) == this && !drawing_) {
         drawing_ = true;
         Draw();
         drawing_ = false;
