@@ -485,6 +485,40 @@ HWND GetDlgItem(HWND dialog, int id) {
     return nullptr;
 }
 
+HWND GetWindow(HWND window, UINT command) {
+    WindowTable& t = Table();
+    std::lock_guard g(t.lock);
+    Window* w = Find(t, window);
+    if (!w) {
+        SetLastError(ERROR_INVALID_WINDOW_HANDLE);
+        return nullptr;
+    }
+    auto childrenOf = [&](Window* p) {
+        std::vector<HWND> list;
+        for (HWND h : p->children)
+            if (Window* c = Find(t, h); c && (c->style & WS_CHILD)) list.push_back(h);
+        return list;
+    };
+    switch (command) {
+        case GW_CHILD: {
+            auto list = childrenOf(w);
+            return list.empty() ? nullptr : list.front();
+        }
+        case GW_OWNER: return (w->style & WS_CHILD) ? nullptr : w->parent;
+        case GW_HWNDNEXT:
+        case GW_HWNDPREV: {
+            Window* p = (w->style & WS_CHILD) ? Find(t, w->parent) : nullptr;
+            if (!p) return nullptr;
+            auto list = childrenOf(p);
+            auto it = std::find(list.begin(), list.end(), window);
+            if (it == list.end()) return nullptr;
+            if (command == GW_HWNDNEXT) return ++it == list.end() ? nullptr : *it;
+            return it == list.begin() ? nullptr : *--it;
+        }
+        default: return nullptr;
+    }
+}
+
 int GetDlgCtrlID(HWND window) {
     int id = 0;
     WithWindow(window, [&](Window& w) { id = (w.style & WS_CHILD) ? static_cast<int>(w.id) : 0; });

@@ -165,6 +165,13 @@ HWND FindWindowW(LPCWSTR className, LPCWSTR windowName);
 // The parent of a child window, the owner of a WS_POPUP window, else null.
 HWND GetParent(HWND window);
 HWND GetDlgItem(HWND dialog, int id);
+constexpr UINT GW_HWNDNEXT = 2;
+constexpr UINT GW_HWNDPREV = 3;
+constexpr UINT GW_OWNER = 4;
+constexpr UINT GW_CHILD = 5;
+// GW_CHILD: the first child (creation order); GW_HWNDNEXT / GW_HWNDPREV: the sibling
+// child after or before; GW_OWNER: the owner of a top-level window. Null at the ends.
+HWND GetWindow(HWND window, UINT command);
 int GetDlgCtrlID(HWND window);
 DWORD GetWindowThreadProcessId(HWND window, LPDWORD processId);
 

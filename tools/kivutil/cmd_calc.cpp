@@ -10,6 +10,7 @@
 
 #include "platform/host/TextCodec.h"
 #include "tools/kivutil/Command.h"
+#include "tools/kivutil/DialogView.h"
 #include "utils/calculator/CalcExpression.h"
 #include "utils/calculator/Calculator.h"
 
@@ -20,6 +21,9 @@ struct CalcOptions {
     std::string angle = "deg";
     int digits = kCalcDefaultDigits;
     bool given = false;
+    bool dialog = false;
+    bool scientific = false;
+    std::string output = "calc.png";
 };
 
 // Lines beyond this are refused rather than held.
@@ -81,6 +85,11 @@ int RunCalc(const CalcOptions& o) {
     if (o.digits < kCalcMinDigits || o.digits > kCalcMaxDigits)
         return kivutil::BadInput("--digits must be " + std::to_string(kCalcMinDigits) + " to " +
                                  std::to_string(kCalcMaxDigits));
+    if (o.dialog) {
+        std::string expression;
+        for (const auto& w : o.words) expression += (expression.empty() ? "" : " ") + w;
+        return kivutil::ShowCalculatorDialog(expression, mode, o.digits, o.scientific, o.output);
+    }
     CCalculator calc;
     calc.SetAngleMode(mode);
     calc.SetDisplayDigits(o.digits);
@@ -121,6 +130,9 @@ kivutil::Registration calc(15, [](CLI::App& app, std::function<int()>& run) {
                     "e.g. \"2+3*4\", \"sin 30\", \"12°30'36\\\" + 0:29:24\", \"todms 12.51\" (grammar: docs/calculator.md)");
     sub->add_option("--angle", o->angle, "angle mode: deg, grad, rad");
     sub->add_option("--digits", o->digits, "display width in significant digits, 1 to 34 (default 12)");
+    sub->add_flag("--dialog", o->dialog, "show the calculator dialog after the expression's keys and save it as a picture");
+    sub->add_flag("--sci", o->scientific, "with --dialog: the scientific calculator");
+    sub->add_option("-o,--output", o->output, "with --dialog: the picture file (default calc.png)");
     sub->callback([&run, o, sub] {
         o->given = sub->count("expression") > 0;
         run = [o] { return RunCalc(*o); };

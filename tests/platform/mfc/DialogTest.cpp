@@ -1,0 +1,229 @@
+// CWnd and CDialog through their windows: message maps chaining to the base, run-time
+// class tests, the dialog manager's keys, the modal loop, and the host's controls as a
+// person types and taps into them.
+#include "platform/mfc/Dialog.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr int kName = 10, kCode = 11, kCheck = 12, kRadioA = 13, kRadioB = 14, kList = 15, kCombo = 16;
+
+void RegisterForm() {
+    CDialogTemplate t;
+    t.caption = L"Form";
+    t.rect = RECT{0, 0, 240, 300};
+    t.items = {
+        {L"EDIT", L"one", kName, WS_TABSTOP, RECT{8, 8, 200, 30}},
+        {L"STATIC", L"label", -1, 0, RECT{8, 32, 200, 48}},
+        {L"EDIT", L"two", kCode, WS_TABSTOP, RECT{8, 50, 200, 72}},
+        {L"BUTTON", L"Check", kCheck, WS_TABSTOP | BS_AUTOCHECKBOX, RECT{8, 80, 200, 98}},
+        {L"BUTTON", L"A", kRadioA, WS_TABSTOP | BS_AUTORADIOBUTTON, RECT{8, 100, 100, 118}},
+        {L"BUTTON", L"B", kRadioB, BS_AUTORADIOBUTTON, RECT{108, 100, 200, 118}},
+        {L"LISTBOX", L"", kList, WS_TABSTOP, RECT{8, 120, 200, 200}},
+        {L"COMBOBOX", L"", kCombo, 0, RECT{8, 204, 200, 226}},
+        {L"BUTTON", L"OK", IDOK, WS_TABSTOP | BS_DEFPUSHBUTTON, RECT{8, 240, 100, 264}},
+        {L"BUTTON", L"Cancel", IDCANCEL, WS_TABSTOP | BS_PUSHBUTTON, RECT{108, 240, 200, 264}},
+    };
+    AfxRegisterDialogTemplate(L"FORM", t);
+    AfxRegisterDialogTemplate(77u, t);
+}
+
+class CForm : public CDialog {
+    DECLARE_DYNAMIC(CForm)
+public:
+    CForm() : CDialog(L"FORM", nullptr) {}
+    std::vector<std::string> log;
+    BOOL OnInitDialog() override {
+        log.push_back("init");
+        return TRUE;
+    }
+    void OnOK() override {
+        log.push_back("ok");
+        CDialog::OnOK();
+    }
+    void OnCancel() override {
+        log.push_back("cancel");
+        CDialog::OnCancel();
+    }
+    void OnCheck() { log.push_back("check"); }
+    LRESULT OnPing(WPARAM w, LPARAM) {
+        log.push_back("ping");
+        if (w == 2) EndDialog(7);
+        return 99;
+    }
+    DECLARE_MESSAGE_MAP()
+};
+IMPLEMENT_DYNAMIC(CForm, CDialog)
+BEGIN_MESSAGE_MAP(CForm, CDialog)
+    ON_BN_CLICKED(kCheck, OnCheck)
+    ON_MESSAGE(WM_APP + 5, OnPing)
+END_MESSAGE_MAP()
+
+void Key(BYTE vk, bool shift = false) {
+    // Shift stays down while the key is handled, as a person holds it.
+    if (shift) keybd_event(VK_SHIFT, 0, 0, 0);
+    keybd_event(vk, 0, 0, 0);
+    AfxPumpPendingMessages();
+    keybd_event(vk, 0, KEYEVENTF_KEYUP, 0);
+    if (shift) keybd_event(VK_SHIFT, 0, KEYEVENTF_KEYUP, 0);
+    AfxPumpPendingMessages();
+}
+
+std::wstring Text(HWND w) {
+    wchar_t b[64] = {};
+    GetWindowTextW(w, b, 64);
+    return b;
+}
+
+class DialogTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        RegisterForm();
+        ASSERT_TRUE(form.Create(L"FORM"));
+        item = [this](int id) { return GetDlgItem(form.m_hWnd, id); };
+    }
+    CForm form;
+    std::function<HWND(int)> item;
+};
+
+TEST_F(DialogTest, MessageMapsChainToTheBaseAndClassesKnowTheirBases) {
+    EXPECT_EQ(form.log, std::vector<std::string>{"init"});
+    EXPECT_EQ(form.SendMessage(WM_APP + 5), 99);
+    EXPECT_TRUE(form.IsKindOf(RUNTIME_CLASS(CDialog)));
+    EXPECT_TRUE(form.IsKindOf(RUNTIME_CLASS(CWnd)));
+    CWnd plain;
+    EXPECT_FALSE(plain.IsKindOf(RUNTIME_CLASS(CDialog)));
+    // IDOK is handled by CDialog's own map.
+    form.SendMessage(WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED), 0);
+    EXPECT_EQ(form.log.back(), "ok");
+    EXPECT_EQ(CWnd::FromHandle(form.m_hWnd), &form);
+    EXPECT_EQ(form.GetDlgItem(kName), nullptr) << "controls have no object until one is attached";
+}
+
+TEST_F(DialogTest, TabWalksTheTabStopsBothWaysAndSkipsDisabledOnes) {
+    SetFocus(item(kName));
+    Key(VK_TAB);
+    EXPECT_EQ(GetFocus(), item(kCode));
+    EnableWindow(item(kCheck), FALSE);
+    Key(VK_TAB);
+    EXPECT_EQ(GetFocus(), item(kRadioA));
+    Key(VK_TAB, true);
+    EXPECT_EQ(GetFocus(), item(kCode));
+    SetFocus(item(IDCANCEL));
+    Key(VK_TAB);
+    EXPECT_EQ(GetFocus(), item(kName)) << "the order wraps";
+}
+
+TEST_F(DialogTest, EnterPressesTheDefaultButtonAndEscapeCancels) {
+    SetFocus(item(kName));
+    Key(VK_RETURN);
+    EXPECT_EQ(form.log.back(), "ok");
+    Key(VK_ESCAPE);
+    EXPECT_EQ(form.log.back(), "cancel");
+    // Enter on a focused push button presses that button.
+    SetFocus(item(IDCANCEL));
+    form.log.clear();
+    Key(VK_RETURN);
+    EXPECT_EQ(form.log, std::vector<std::string>{"cancel"});
+}
+
+TEST_F(DialogTest, EditFieldTakesTypingAsAPersonExpects) {
+    HWND e = item(kName);
+    SetFocus(e);
+    SendMessageW(e, EM_SETSEL, 0, -1);
+    for (BYTE k : {BYTE('A'), BYTE('B'), BYTE('C')}) Key(k);
+    EXPECT_EQ(Text(e), L"abc") << "typing replaces the selection";
+    Key(VK_BACK);
+    EXPECT_EQ(Text(e), L"ab");
+    Key(VK_LEFT);
+    Key('X', true);
+    EXPECT_EQ(Text(e), L"aXb");
+    Key(VK_HOME);
+    Key(VK_DELETE);
+    EXPECT_EQ(Text(e), L"Xb");
+    Key(VK_END);
+    Key(VK_LEFT, true);  // Shift+Left selects the last character
+    EXPECT_EQ(SendMessageW(e, EM_GETSEL, 0, 0), MAKELONG(1, 2));
+    SendMessageW(e, EM_LIMITTEXT, 3, 0);
+    SendMessageW(e, EM_SETSEL, 2, 2);
+    Key('1');
+    Key('2');
+    EXPECT_EQ(Text(e), L"Xb1") << "the limit holds";
+    SendMessageW(e, EM_SETREADONLY, TRUE, 0);
+    Key(VK_BACK);
+    EXPECT_EQ(Text(e), L"Xb1");
+}
+
+TEST_F(DialogTest, ButtonsListsAndCombosAnswerKeysAndNotify) {
+    SetFocus(item(kCheck));
+    Key(VK_SPACE);
+    EXPECT_EQ(SendMessageW(item(kCheck), BM_GETCHECK, 0, 0), BST_CHECKED);
+    EXPECT_EQ(form.log.back(), "check");
+
+    SendMessageW(item(kRadioA), BM_CLICK, 0, 0);
+    SendMessageW(item(kRadioB), BM_CLICK, 0, 0);
+    EXPECT_EQ(SendMessageW(item(kRadioA), BM_GETCHECK, 0, 0), BST_UNCHECKED);
+    EXPECT_EQ(SendMessageW(item(kRadioB), BM_GETCHECK, 0, 0), BST_CHECKED);
+
+    HWND list = item(kList);
+    for (const wchar_t* s : {L"a", L"bb", L"ccc"}) SendMessageW(list, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(s));
+    EXPECT_EQ(SendMessageW(list, LB_GETCURSEL, 0, 0), LB_ERR);
+    SendMessageW(list, LB_SETCURSEL, 0, 0);
+    SetFocus(list);
+    Key(VK_DOWN);
+    Key(VK_DOWN);
+    Key(VK_DOWN);
+    EXPECT_EQ(SendMessageW(list, LB_GETCURSEL, 0, 0), 2) << "stops at the last item";
+    wchar_t text[8] = {};
+    EXPECT_EQ(SendMessageW(list, LB_GETTEXT, 1, reinterpret_cast<LPARAM>(text)), 2);
+    EXPECT_STREQ(text, L"bb");
+    EXPECT_EQ(SendMessageW(list, LB_SETCURSEL, 5, 0), LB_ERR);
+
+    HWND combo = item(kCombo);
+    SendMessageW(combo, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(L"m"));
+    SendMessageW(combo, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(L"ft"));
+    SendMessageW(combo, CB_SETCURSEL, 1, 0);
+    EXPECT_EQ(Text(combo), L"ft");
+}
+
+TEST(Dialog, DoModalRunsItsOwnLoopAndReturnsTheEndValue) {
+    RegisterForm();
+    CWnd owner;
+    ASSERT_TRUE(owner.CreateEx(0, nullptr, L"owner", WS_POPUP, RECT{0, 0, 10, 10}, nullptr, 0));
+    // The ping arrives once the loop runs; its handler ends the dialog.
+    struct Poster : CForm {
+        BOOL OnInitDialog() override {
+            EXPECT_FALSE(::IsWindowEnabled(::GetParent(m_hWnd))) << "the owner is disabled while the dialog runs";
+            PostMessage(WM_APP + 5, 2);
+            return TRUE;
+        }
+    } poster;
+    poster.m_hWndParent = owner.m_hWnd;
+    EXPECT_EQ(poster.DoModal(), 7);
+    EXPECT_TRUE(owner.IsWindowEnabled());
+    EXPECT_EQ(poster.m_hWnd, nullptr);
+    CDialog missing(L"NO_SUCH_TEMPLATE", nullptr);
+    EXPECT_EQ(missing.DoModal(), -1);
+    owner.DestroyWindow();
+    MSG m{};
+    while (PeekMessageW(&m, nullptr, 0, 0, PM_REMOVE)) {}
+}
+
+TEST(Dialog, RedrawCopiesTheControlsIntoTheDialogPicture) {
+    RegisterForm();
+    CForm form;
+    ASSERT_TRUE(form.Create(77u));
+    form.RedrawWindow();
+    HDC dc = GetDC(form.m_hWnd);
+    // The edit field's white face and the dialog's button face both show.
+    EXPECT_EQ(GetPixel(dc, 100, 20) & 0xFFFFFF, GetSysColor(COLOR_WINDOW) & 0xFFFFFF);
+    EXPECT_EQ(GetPixel(dc, 220, 290) & 0xFFFFFF, GetSysColor(COLOR_BTNFACE) & 0xFFFFFF);
+    ReleaseDC(form.m_hWnd, dc);
+}
+
+}  // namespace
