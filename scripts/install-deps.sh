@@ -3,13 +3,15 @@
 # Text is drawn with FreeType, HarfBuzz and the DejaVu fonts; the picture tests read
 # files back with ImageMagick; the line benchmark measures against Cairo.
 # Idempotent: checks each package first and runs apt-get update only when something
-# is missing. Also provides the comma-decimal locale the number-text tests switch to.
+# is missing. The live display shows windows through SDL2; its test types with xdotool
+# into a private Xvfb server. Also provides the comma-decimal locale the number-text
+# tests switch to.
 set -eu
 
 PACKAGES="cmake ninja-build g++ make googletest libgtest-dev libgmock-dev libbenchmark-dev \
 libfmt-dev libcli11-dev libpng-dev libboost-dev clang libclang-rt-14-dev libxml2-utils python3 locales gcovr \
 libpugixml-dev libfreetype-dev libharfbuzz-dev fonts-dejavu-core imagemagick libcairo2-dev pkg-config \
-libgdal-dev gdal-bin libproj-dev proj-bin"
+libgdal-dev gdal-bin libproj-dev proj-bin libsdl2-dev xvfb xdotool"
 
 SUDO=""
 if [ "$(id -u)" -ne 0 ]; then

@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "platform/win32/GdiText.h"
+#include "platform/win32/WindowHooks.h"
 
 const wchar_t* const kAfxWndClass = L"AfxWnd";
 
@@ -220,7 +221,10 @@ void CWnd::GetWindowText(CKivStringT& text) const {
     text = buffer.c_str();
 }
 
-void CWnd::Invalidate(BOOL) { m_dirty = true; }
+void CWnd::Invalidate(BOOL) {
+    m_dirty = true;
+    kiv_win32::detail::NotifyWindowChange(m_hWnd, kiv_win32::WindowChange::Invalidated);
+}
 
 void CWnd::UpdateWindow() {
     if (!m_dirty || !m_hWnd) return;

@@ -6,6 +6,7 @@
 
 #include "platform/win32/GdiObjects.h"
 #include "platform/win32/GdiText.h"
+#include "platform/win32/WindowHooks.h"
 
 using namespace kiv_win32::detail;
 
@@ -140,6 +141,7 @@ int ReleaseDC(HWND window, HDC dc) {
     auto d = FindDC(dc);
     if (!d || d->memory || d->window != window) return 0;
     kiv_win32::RemoveHandle(dc);
+    if (window) kiv_win32::detail::NotifyWindowChange(window, kiv_win32::WindowChange::Pixels);
     return 1;
 }
 

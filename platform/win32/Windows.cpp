@@ -16,6 +16,7 @@
 #include "platform/win32/RegistryTree.h"  // FoldName: class names ignore case as registry names do
 #include "platform/win32/Sync.h"
 #include "platform/win32/ThreadContext.h"
+#include "platform/win32/WindowHooks.h"
 
 namespace kiv_win32::detail {
 
@@ -61,8 +62,28 @@ using kiv_win32::detail::MessageQueue;
 using kiv_win32::detail::SentMessage;
 using kiv_win32::detail::ThreadContext;
 using kiv_win32::detail::Surface;
+using kiv_win32::WindowChange;
+using kiv_win32::detail::NotifyWindowChange;
 
 namespace {
+
+// The calling thread's live-display turn (see WindowHooks.h); null on every thread but
+// the one a display is attached to.
+thread_local kiv_win32::MessageWaitHook t_waitHook = nullptr;
+thread_local DWORD t_waitHookInterval = 0;
+thread_local bool t_inWaitHook = false;
+
+void RunWaitHook() {
+    if (!t_waitHook || t_inWaitHook) return;
+    t_inWaitHook = true;
+    try {
+        t_waitHook();
+    } catch (...) {
+        t_inWaitHook = false;
+        throw;
+    }
+    t_inWaitHook = false;
+}
 
 struct WindowClass {
     std::wstring name;
@@ -284,6 +305,7 @@ std::vector<HWND> TopLevelWindows() {
 // windows go before the owner hears WM_DESTROY; only its children are destroyed between
 // its WM_DESTROY and WM_NCDESTROY.
 void Destroy(HWND handle) {
+    NotifyWindowChange(handle, WindowChange::Destroyed);
     std::vector<HWND> children, owned;
     {
         WindowTable& t = Table();
@@ -324,6 +346,15 @@ void DestroyThreadWindows(ThreadContext& thread) {
 }
 
 }  // namespace
+
+void kiv_win32::SetWindowChangeHook(WindowChangeHook hook) {
+    kiv_win32::detail::windowChangeHook.store(hook, std::memory_order_release);
+}
+
+void kiv_win32::SetMessageWaitHook(MessageWaitHook hook, DWORD intervalMs) {
+    t_waitHook = hook;
+    t_waitHookInterval = intervalMs;
+}
 
 // ---- classes ------------------------------------------------------------------------------------
 
@@ -519,6 +550,16 @@ HWND GetWindow(HWND window, UINT command) {
     }
 }
 
+BOOL EnumWindows(WNDENUMPROC visit, LPARAM argument) {
+    if (!visit) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return FALSE;
+    }
+    for (HWND h : TopLevelWindows())
+        if (IsWindow(h) && !visit(h, argument)) return FALSE;
+    return TRUE;
+}
+
 int GetDlgCtrlID(HWND window) {
     int id = 0;
     WithWindow(window, [&](Window& w) { id = (w.style & WS_CHILD) ? static_cast<int>(w.id) : 0; });
@@ -576,6 +617,7 @@ BOOL ShowWindow(HWND window, int command) {
         else w.style &= ~WS_VISIBLE;
     });
     if (changed) SendMessageW(window, WM_SHOWWINDOW, show ? TRUE : FALSE, 0);
+    if (changed) NotifyWindowChange(window, WindowChange::Placement);
     return wasVisible ? TRUE : FALSE;
 }
 
@@ -675,6 +717,7 @@ BOOL MoveWindow(HWND window, int x, int y, int width, int height, BOOL) {
     if (!WithWindow(window, [&](Window& w) { w.rect = RECT{x, y, x + width, y + height}; })) return FALSE;
     SendMessageW(window, WM_MOVE, 0, MAKELPARAM(x, y));
     SendMessageW(window, WM_SIZE, SIZE_RESTORED, MAKELPARAM(width, height));
+    NotifyWindowChange(window, WindowChange::Placement);
     return TRUE;
 }
 
@@ -828,6 +871,11 @@ BOOL PeekMessageW(LPMSG message, HWND window, UINT filterMin, UINT filterMax, UI
     auto queue = QueueOf(kiv_win32::detail::CurrentThread());
     DeliverSent(*queue);
     std::uint64_t seen = 0;
+    if (TakePosted(*queue, *message, window, filterMin, filterMax, (removeMessage & PM_REMOVE) != 0, seen)) return TRUE;
+    if (!t_waitHook) return FALSE;
+    // The display's turn may queue input; the caller sees it at once.
+    RunWaitHook();
+    DeliverSent(*queue);
     return TakePosted(*queue, *message, window, filterMin, filterMax, (removeMessage & PM_REMOVE) != 0, seen) ? TRUE
                                                                                                            : FALSE;
 }
@@ -843,8 +891,14 @@ BOOL GetMessageW(LPMSG message, HWND window, UINT filterMin, UINT filterMax) {
         std::uint64_t seen = 0;
         if (TakePosted(*queue, *message, window, filterMin, filterMax, true, seen))
             return message->message == WM_QUIT ? FALSE : TRUE;
+        DWORD wait = INFINITE;
+        if (t_waitHook && !t_inWaitHook) {
+            // Input the display queues during its turn changes the version: no wait then.
+            RunWaitHook();
+            wait = t_waitHookInterval;
+        }
         std::unique_lock held(queue->point->lock);
-        BlockUntil(queue->point, held, INFINITE, [&] { return queue->version != seen; });
+        BlockUntil(queue->point, held, wait, [&] { return queue->version != seen; });
     }
 }
 

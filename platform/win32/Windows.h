@@ -172,6 +172,10 @@ constexpr UINT GW_CHILD = 5;
 // GW_CHILD: the first child (creation order); GW_HWNDNEXT / GW_HWNDPREV: the sibling
 // child after or before; GW_OWNER: the owner of a top-level window. Null at the ends.
 HWND GetWindow(HWND window, UINT command);
+// Calls `visit` for each top-level window, oldest first (the host keeps no z-order),
+// until it answers FALSE; windows destroyed meanwhile are skipped.
+using WNDENUMPROC = BOOL(CALLBACK*)(HWND, LPARAM);
+BOOL EnumWindows(WNDENUMPROC visit, LPARAM argument);
 int GetDlgCtrlID(HWND window);
 DWORD GetWindowThreadProcessId(HWND window, LPDWORD processId);
 

@@ -1,6 +1,6 @@
 // kivutil dialog: a sample dialog of the library, initialised headless. "demo" saves it
-// as a picture; "keys" replays a key sequence into it and prints the handlers that fired
-// and the fields' final texts.
+// as a picture, or with --show opens it in a desktop window; "keys" replays a key
+// sequence into it and prints the handlers that fired and the fields' final texts.
 #include <iostream>
 #include <map>
 #include <memory>
@@ -10,6 +10,7 @@
 #include "platform/host/TextCodec.h"
 #include "tools/kivutil/Command.h"
 #include "tools/kivutil/DialogView.h"
+#include "tools/kivutil/LiveView.h"
 #include "utils/ui/DlgBase.h"
 #include "utils/ui/KeyInput.h"
 
@@ -23,6 +24,7 @@ constexpr int IDC_MODE = 1005;
 constexpr int IDC_MEASURE = 1006;
 constexpr int IDC_CLEAR = 1007;
 constexpr UINT ID_MENU_UNITS = 40001;
+constexpr UINT ID_MENU_CALCULATOR = 40002;
 
 void RegisterSample() {
     CDialogTemplate t;
@@ -57,6 +59,7 @@ public:
     BOOL OnInitDialog() override {
         CDlgBase::OnInitDialog();
         AddMenuItem(L"Units", ID_MENU_UNITS);
+        AddMenuItem(L"Calculator", ID_MENU_CALCULATOR);
         AddSeparator();
         CheckTbarMenuItem(ID_MENU_UNITS, TRUE);
         FinalizeChanges();
@@ -109,6 +112,10 @@ public:
         }
         if (HIWORD(wParam) == BN_CLICKED && LOWORD(wParam) == IDC_OFFSET) fired.push_back("OnOffset");
         if (HIWORD(wParam) == 0 && LOWORD(wParam) == ID_MENU_UNITS && lParam == 0) fired.push_back("OnMenuUnits");
+        if (HIWORD(wParam) == 0 && LOWORD(wParam) == ID_MENU_CALCULATOR && lParam == 0) {
+            fired.push_back("OnMenuCalculator");
+            CalcKey();  // for the focused field, which gets the result on OK
+        }
         return CDlgBase::OnCommand(wParam, lParam);
     }
 };
@@ -117,6 +124,7 @@ struct DialogOptions {
     std::string output = "dialog.png";
     std::string keys;
     bool outputGiven = false;
+    bool show = false;
 };
 
 const std::map<std::string, BYTE>& NamedKeys() {
@@ -195,13 +203,16 @@ int RunDemo(const DialogOptions& o, bool replay) {
         if (o.keys.empty()) return kivutil::BadInput("give a key sequence, e.g. \"{TAB}abc{BACK}{ENTER}\"; accepted: " + AcceptedKeys());
         if (!ParseKeys(kiv_text::FromUtf8(o.keys), steps, error)) return kivutil::BadInput(error + "; accepted: " + AcceptedKeys());
     }
-    kiv_ui::CreateSoftKeyboardWindow();
+    if (o.show && !kivutil::OpenDesktop()) return kivutil::kExitBadInput;
+    // On the desktop a real keyboard types; the device's soft keyboard is not drawn there.
+    if (!o.show) kiv_ui::CreateSoftKeyboardWindow();
     CSampleDlg d;
     if (!d.Create(L"KIVUTIL_SAMPLE")) {
         std::cerr << "kivutil: the sample dialog could not be made\n";
         return kivutil::kExitFailed;
     }
     d.ShowWindow(SW_SHOW);
+    if (o.show) return kivutil::RunOnDesktop(d);
     AfxPumpPendingMessages();
     for (const std::wstring& step : steps) {
         if (!::IsWindow(d.m_hWnd) || !d.IsWindowVisible()) break;  // OK or Cancel ended the dialog
@@ -241,6 +252,7 @@ kivutil::Registration dialog(60, [](CLI::App& app, std::function<int()>& run) {
     sub->require_subcommand(1);
     auto* demo = sub->add_subcommand("demo", "Initialise the sample dialog headless and save it as PNG");
     demo->add_option("-o,--output", o->output, "picture file (default dialog.png)");
+    demo->add_flag("--show", o->show, "open it in a desktop window instead, to use it by keyboard and mouse");
     demo->callback([&run, o] { run = [o] { return RunDemo(*o, false); }; });
     auto* keys = sub->add_subcommand("keys", "Replay keys into the sample; print the handlers that fired and the fields");
     keys->add_option("sequence", o->keys, "characters to type and keys in braces: {TAB} {S-TAB} {ENTER} {ESC} {BACK} {F1}..{F9} {ALPHA} {MENU} ...")
