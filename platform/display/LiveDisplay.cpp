@@ -12,6 +12,7 @@
 
 #include "platform/display/InputFeed.h"
 #include "platform/display/WindowPicture.h"
+#include "platform/host/TextCodec.h"
 #include "platform/win32/Win32.h"
 #include "platform/win32/WindowHooks.h"
 
@@ -32,6 +33,8 @@ struct Mirror {
     SDL_Window* desktop = nullptr;
     Uint32 id = 0;
     HWND lastFocus = nullptr;  // given back when the desktop window is activated again
+    std::string title;
+    POINT place{};  // on the controller's screen
     bool present = true;
     TWindowPicture picture;
 };
@@ -53,7 +56,7 @@ struct State {
     std::vector<Mirror> mirrors;
     CMouseFeed mouse;
     HWND pointerTop = nullptr;
-    std::u32string pendingText;  // typed characters not fed yet, one per turn
+    std::wstring pendingText;  // typed characters not fed yet, one per turn
     bool inTurn = false;
 };
 
@@ -76,7 +79,7 @@ void OnWindowChange(HWND window, kiv_win32::WindowChange change) {
     Changes& c = PendingChanges();
     std::lock_guard g(c.lock);
     c.changed = true;
-    if (paint) c.toPaint.push_back(paint);
+    if (paint && std::find(c.toPaint.begin(), c.toPaint.end(), paint) == c.toPaint.end()) c.toPaint.push_back(paint);
 }
 
 Mirror* MirrorOf(Uint32 id) {
@@ -127,20 +130,6 @@ void EnsureFocus(Uint32 id) {
     if (Mirror* m = MirrorOf(id)) SetFocus(m->lastFocus && IsWindow(m->lastFocus) ? m->lastFocus : m->window);
 }
 
-std::u32string DecodeUtf8(const char* text) {
-    std::u32string out;
-    const auto* s = reinterpret_cast<const unsigned char*>(text);
-    while (*s) {
-        char32_t c = *s;
-        int extra = c >= 0xF0 ? 3 : c >= 0xE0 ? 2 : c >= 0xC0 ? 1 : 0;
-        if (extra) c &= 0x3F >> extra;
-        ++s;
-        for (; extra > 0 && (*s & 0xC0) == 0x80; --extra, ++s) c = (c << 6) | (*s & 0x3F);
-        if (extra == 0) out.push_back(c);
-    }
-    return out;
-}
-
 // ---- events -------------------------------------------------------------------------------------
 
 void OnWindowEvent(const SDL_WindowEvent& e) {
@@ -162,9 +151,9 @@ void OnWindowEvent(const SDL_WindowEvent& e) {
 
 // Feeds the next typed character still waiting; true when there was one.
 bool FeedPendingText() {
-    std::u32string& text = g_state->pendingText;
+    std::wstring& text = g_state->pendingText;
     if (text.empty()) return false;
-    FeedCharacter(text.front());
+    FeedCharacter(static_cast<char32_t>(text.front()));
     text.erase(0, 1);
     return true;
 }
@@ -183,7 +172,7 @@ bool OnEvent(const SDL_Event& e) {
         }
         case SDL_TEXTINPUT:
             EnsureFocus(e.text.windowID);
-            g_state->pendingText += DecodeUtf8(e.text.text);
+            g_state->pendingText += kiv_text::FromUtf8(e.text.text);
             return FeedPendingText();
         case SDL_MOUSEBUTTONDOWN: {
             Mirror* m = MirrorOf(e.button.windowID);
@@ -210,19 +199,7 @@ bool OnEvent(const SDL_Event& e) {
 std::string TitleOf(HWND window) {
     wchar_t text[256] = {};
     GetWindowTextW(window, text, 256);
-    std::string utf8;
-    for (const wchar_t* p = text; *p; ++p) {
-        const auto c = static_cast<char32_t>(*p);
-        if (c < 0x80) utf8 += static_cast<char>(c);
-        else if (c < 0x800) utf8 += {static_cast<char>(0xC0 | (c >> 6)), static_cast<char>(0x80 | (c & 0x3F))};
-        else if (c < 0x10000)
-            utf8 += {static_cast<char>(0xE0 | (c >> 12)), static_cast<char>(0x80 | ((c >> 6) & 0x3F)),
-                     static_cast<char>(0x80 | (c & 0x3F))};
-        else
-            utf8 += {static_cast<char>(0xF0 | (c >> 18)), static_cast<char>(0x80 | ((c >> 12) & 0x3F)),
-                     static_cast<char>(0x80 | ((c >> 6) & 0x3F)), static_cast<char>(0x80 | (c & 0x3F))};
-    }
-    return utf8.empty() ? std::string("kiv") : utf8;
+    return *text ? kiv_text::ToUtf8(text) : std::string("kiv");
 }
 
 BOOL CALLBACK CollectShown(HWND window, LPARAM list) {
@@ -236,6 +213,17 @@ void Present(Mirror& m) {
     const bool composed = ComposeWindowPicture(m.window, m.picture);
     t_composing = false;
     if (!composed) return;
+    // A window retitled or moved is retitled or moved on the desktop too.
+    if (std::string title = TitleOf(m.window); title != m.title) {
+        SDL_SetWindowTitle(m.desktop, title.c_str());
+        m.title = std::move(title);
+    }
+    RECT r{};
+    GetWindowRect(m.window, &r);
+    if (r.left != m.place.x || r.top != m.place.y) {
+        m.place = POINT{r.left, r.top};
+        SDL_SetWindowPosition(m.desktop, kScreenOriginX + r.left, kScreenOriginY + r.top);
+    }
     int w = 0, h = 0;
     SDL_GetWindowSize(m.desktop, &w, &h);
     if (w != m.picture.width || h != m.picture.height) SDL_SetWindowSize(m.desktop, m.picture.width, m.picture.height);
@@ -284,7 +272,9 @@ void SyncMirrors() {
         Mirror m;
         m.window = window;
         m.owner = GetWindow(window, GW_OWNER);
-        m.desktop = SDL_CreateWindow(TitleOf(window).c_str(), kScreenOriginX + r.left, kScreenOriginY + r.top,
+        m.title = TitleOf(window);
+        m.place = POINT{r.left, r.top};
+        m.desktop = SDL_CreateWindow(m.title.c_str(), kScreenOriginX + r.left, kScreenOriginY + r.top,
                                      std::max<LONG>(1, r.right - r.left), std::max<LONG>(1, r.bottom - r.top),
                                      SDL_WINDOW_SHOWN);
         if (!m.desktop) continue;
