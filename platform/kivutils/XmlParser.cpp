@@ -321,10 +321,6 @@ bool CXmlParser::TryMarkupAt(size_t at, Markup& markup) {
 }
 
 void CXmlParser::FindMarkup(size_t from, Markup& markup) {
-    if (hasNext_ && next_.at >= from) {
-        markup = next_;
-        return;
-    }
     // Markup is usually a few characters away: a plain scan beats a call per search. The
     // markup is filled in place: a copy of it read back whole right after the scan wrote
     // it field by field would stall on the store.
@@ -346,8 +342,11 @@ bool CXmlParser::ReadToken(CKivStringT& tag, CKivStringT& attributes, CKivString
         return true;
     }
     for (;;) {
-        Markup markup;
-        FindMarkup(pos_, markup);
+        // The markup found after the last content is read where it lies, not copied.
+        Markup found;
+        const bool cached = hasNext_ && next_.at >= pos_;
+        if (!cached) FindMarkup(pos_, found);
+        const Markup& markup = cached ? next_ : found;
         hasNext_ = false;
         if (markup.kind == Kind::None) {
             pos_ = text_.size();
