@@ -35,7 +35,8 @@ struct LineStops {
 constexpr LineStops kStops;
 
 unsigned char StopKind(wchar_t c) {
-    return static_cast<unsigned long>(c) < 128 ? kStops.kind[static_cast<size_t>(c)] : static_cast<unsigned char>(kPlain);
+    if (static_cast<unsigned long>(c) >= 128) return kPlain;
+    return kStops.kind[static_cast<size_t>(c)];
 }
 
 // `line` holds no line break and no NUL; `equals` is the position of its first '=' or

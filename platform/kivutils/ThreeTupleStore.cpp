@@ -22,7 +22,8 @@ std::uint32_t FoldedNameIndex::Hash(std::wstring_view name) {
     std::uint64_t h = 14695981039346656037ULL ^ name.size();
     const auto folded = [](wchar_t c) { return static_cast<std::uint64_t>(static_cast<std::uint32_t>(Fold(c))); };
     size_t i = 0;
-    for (; i + 2 <= name.size(); i += 2) h = (h ^ (folded(name[i]) | folded(name[i + 1]) << 32)) * 0x9E3779B97F4A7C15ULL;
+    for (; i + 2 <= name.size(); i += 2)
+        h = (h ^ (folded(name[i]) | folded(name[i + 1]) << 32)) * 0x9E3779B97F4A7C15ULL;
     if (i < name.size()) h = (h ^ folded(name[i])) * 0x9E3779B97F4A7C15ULL;
     return static_cast<std::uint32_t>(h ^ (h >> 32));
 }

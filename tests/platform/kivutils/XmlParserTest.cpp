@@ -43,7 +43,10 @@ TEST(XmlTokenizer, EndsATagAtTheFirstCloseOutsideQuotes) {
               (V{{L"a", L"x=\"1>2\" y='3>'", L"text"}, {L"/a", L"", L""}}));
     EXPECT_EQ(Tokens(L"<a x='1\"2'\r\n\t>t</a >"), (V{{L"a", L"x='1\"2'", L"t"}, {L"/a", L"", L""}}));
     EXPECT_EQ(Tokens(L"<a x=\"1\"y=\"2\"/><\u00E4 k=\"v\" / >"),
-              (V{{L"a", L"x=\"1\"y=\"2\"", L""}, {L"/a", L"", L""}, {L"\u00E4", L"k=\"v\"", L""}, {L"/\u00E4", L"", L""}}));
+              (V{{L"a", L"x=\"1\"y=\"2\"", L""},
+                 {L"/a", L"", L""},
+                 {L"\u00E4", L"k=\"v\"", L""},
+                 {L"/\u00E4", L"", L""}}));
     // The close may fall anywhere among the characters compared together.
     for (size_t run = 0; run < 13; ++run) {
         const std::wstring value = L"x=\"" + std::wstring(run, L'v') + L">" + std::wstring(run % 3, L'w') + L"\"";
