@@ -21,12 +21,28 @@ std::wstring_view TrimBlanks(std::wstring_view text) {
     return text;
 }
 
-// `line` holds no line break. `section` is the position of the current section in the
-// store, or npos before the first header.
-void ParseLine(std::wstring_view line, size_t& section, CThreeTupleStore& store) {
-    // The store keeps C strings: what follows a NUL would be cut from a name anyway, and
-    // a name cut short could end in a blank or come out empty, which no writer accepts.
-    line = line.substr(0, line.find(L'\0'));
+// What the line scan stops for; everything else, every character beyond ASCII included,
+// is ordinary text.
+enum : unsigned char { kPlain = 0, kLineEnd, kNul, kEquals };
+struct LineStops {
+    unsigned char kind[128] = {};
+    constexpr LineStops() {
+        kind[static_cast<unsigned char>('\r')] = kind[static_cast<unsigned char>('\n')] = kLineEnd;
+        kind[0] = kNul;
+        kind[static_cast<unsigned char>('=')] = kEquals;
+    }
+};
+constexpr LineStops kStops;
+
+unsigned char StopKind(wchar_t c) {
+    if (static_cast<unsigned long>(c) >= 128) return kPlain;
+    return kStops.kind[static_cast<size_t>(c)];
+}
+
+// `line` holds no line break and no NUL; `equals` is the position of its first '=' or
+// npos. `section` is the position of the current section in the store, or npos before
+// the first header.
+void ParseLine(std::wstring_view line, size_t equals, size_t& section, CThreeTupleStore& store) {
     const std::wstring_view content = TrimBlanks(line);
     if (content.empty() || content.front() == L';' || content.front() == L'#') return;
     if (content.front() == L'[') {
@@ -36,7 +52,6 @@ void ParseLine(std::wstring_view line, size_t& section, CThreeTupleStore& store)
         section = store.AddSectionAt(TrimBlanks(content.substr(1, close - 1)));
         return;
     }
-    const size_t equals = line.find(L'=');
     if (equals == std::wstring_view::npos) return;  // neither section nor record
     const std::wstring_view key = TrimBlanks(line.substr(0, equals));
     if (key.empty()) return;
@@ -102,13 +117,28 @@ void parseSettingsIni(std::string_view bytes, CThreeTupleStore& store, ETextEnco
     encoding = EncodingOf(found);
     size_t section = CThreeTupleStore::npos;
     // A line ends at CR LF, LF or a CR of its own, so no text read holds a line break.
-    std::wstring_view rest(text);
-    while (!rest.empty()) {
-        size_t end = 0;
-        while (end < rest.size() && rest[end] != L'\r' && rest[end] != L'\n') ++end;
-        ParseLine(rest.substr(0, end), section, store);
-        const bool crLf = end + 1 < rest.size() && rest[end] == L'\r' && rest[end + 1] == L'\n';
-        rest.remove_prefix(std::min(rest.size(), end + (crLf ? 2 : 1)));
+    // One pass over each line finds its end, its first NUL and its first '='.
+    const wchar_t* const data = text.data();
+    const size_t size = text.size();
+    size_t start = 0;
+    while (start < size) {
+        size_t end = start, cut = std::wstring_view::npos, equals = std::wstring_view::npos;
+        for (; end < size; ++end) {
+            const unsigned char kind = StopKind(data[end]);
+            if (kind == kPlain) continue;
+            if (kind == kLineEnd) break;
+            if (kind == kNul && cut == std::wstring_view::npos) cut = end;
+            if (kind == kEquals && equals == std::wstring_view::npos) equals = end;
+        }
+        // The store keeps C strings: what follows a NUL would be cut from a name anyway,
+        // and a name cut short could end in a blank or come out empty, which no writer
+        // accepts.
+        const size_t lineEnd = std::min(end, cut);
+        if (equals != std::wstring_view::npos && equals >= lineEnd) equals = std::wstring_view::npos;
+        if (equals != std::wstring_view::npos) equals -= start;
+        ParseLine(std::wstring_view(data + start, lineEnd - start), equals, section, store);
+        const bool crLf = end + 1 < size && data[end] == L'\r' && data[end + 1] == L'\n';
+        start = std::min(size, end + (crLf ? 2 : 1));
     }
 }
 

@@ -88,7 +88,22 @@ public:
     }
     // Replace or extend the text with `length` characters at `text`, keeping the storage
     // the string already has (a reader that refills the same strings allocates once).
-    void SetString(const wchar_t* text, int length) { s_.assign(text && length > 0 ? text : L"", length > 0 ? length : 0); }
+    void SetString(const wchar_t* text, int length) {
+        const size_t n = text && length > 0 ? static_cast<size_t>(length) : 0;
+        // Within the storage the string has, the text is copied over the old one and the
+        // length set, without the general replace (which plans for a text that overlaps
+        // the string's own anywhere); only a text longer than that storage takes it.
+        const size_t old = s_.size();
+        if (n <= old) {
+            std::char_traits<wchar_t>::move(s_.data(), text, n);  // the text may lie in the string
+            s_.erase(n);
+        } else if (n <= s_.capacity()) {
+            std::char_traits<wchar_t>::copy(s_.data(), text, old);
+            s_.append(text + old, n - old);
+        } else {
+            s_.assign(text, n);
+        }
+    }
     void Append(const wchar_t* text, int length) {
         if (text && length > 0) s_.append(text, static_cast<size_t>(length));
     }

@@ -94,21 +94,36 @@ public:
     friend bool operator==(const CThreeTupleStore& a, const CThreeTupleStore& b);
 
 private:
+    // A name or value: `length` characters at `at` in text_.
+    struct Span {
+        size_t at = 0;
+        size_t length = 0;
+    };
     struct Record {
-        CKivStringT key;
-        CKivStringT value;
+        Span key;
+        Span value;
     };
     struct Section {
-        CKivStringT name;
+        Span name;
         std::vector<Record> records;
         detail::FoldedNameIndex byKey;  // positions in records
     };
+    std::wstring_view View(Span span) const { return std::wstring_view(text_.data() + span.at, span.length); }
+    Span Keep(std::wstring_view text);
+    void Replace(Span& span, std::wstring_view text);
+    void Forget(Span span) { unused_ += span.length; }
+    void CompactIfWasteful();
     size_t FindSectionIndex(std::wstring_view section) const;
     size_t FindKeyIndex(const Section& section, std::wstring_view key) const;
     const Section* FindSection(const wchar_t* section) const;
     Section& SectionFor(std::wstring_view section);
     const Record* FindRecord(const wchar_t* section, const wchar_t* key) const;
 
+    // Every name and value back to back: a file of ten thousand records is two or three
+    // blocks instead of twenty thousand strings. Replaced and removed text stays behind
+    // until it is most of the block, then the live text is packed again.
+    std::wstring text_;
+    size_t unused_ = 0;
     std::vector<Section> sections_;
     detail::FoldedNameIndex bySection_;  // positions in sections_
 };

@@ -3,6 +3,15 @@
 // nothing but unfinished markup is still read in linear time.
 #include "platform/kivutils/XmlParser.h"
 
+#include <bit>
+#include <climits>
+#include <cwchar>
+
+#if defined(__SSE2__) && WCHAR_MAX > 0xFFFF
+#include <emmintrin.h>
+#define KIV_XML_SCAN_SSE2 1
+#endif
+
 #include "platform/host/TextCodec.h"
 #include "platform/win32/Win32.h"
 
@@ -12,12 +21,78 @@ constexpr DWORD kErrorFileTooLarge = 223;  // ERROR_FILE_TOO_LARGE
 
 bool IsBlank(wchar_t c) { return c == L' ' || c == L'\t' || c == L'\r' || c == L'\n'; }
 
+// The ASCII characters of names, by a table: every character beyond ASCII may be in a
+// name too.
+enum : unsigned char { kNameStart = 1, kNameChar = 2 };
+struct NameTable {
+    unsigned char kind[128] = {};
+    constexpr NameTable() {
+        for (int c = 'a'; c <= 'z'; ++c) kind[c] = kNameStart | kNameChar;
+        for (int c = 'A'; c <= 'Z'; ++c) kind[c] = kNameStart | kNameChar;
+        kind[static_cast<unsigned char>('_')] = kind[static_cast<unsigned char>(':')] = kNameStart | kNameChar;
+        for (int c = '0'; c <= '9'; ++c) kind[c] = kNameChar;
+        kind[static_cast<unsigned char>('-')] = kind[static_cast<unsigned char>('.')] = kNameChar;
+    }
+};
+constexpr NameTable kNames;
+
 bool IsNameStart(wchar_t c) {
-    return (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z') || c == L'_' || c == L':' ||
-           static_cast<unsigned long>(c) >= 0x80;
+    return static_cast<unsigned long>(c) >= 0x80 || (kNames.kind[static_cast<size_t>(c)] & kNameStart);
 }
 
-bool IsNameChar(wchar_t c) { return IsNameStart(c) || (c >= L'0' && c <= L'9') || c == L'-' || c == L'.'; }
+bool IsNameChar(wchar_t c) {
+    return static_cast<unsigned long>(c) >= 0x80 || (kNames.kind[static_cast<size_t>(c)] & kNameChar);
+}
+
+// Scans from `from` to the first '>' or '<' (or the end, `size`), telling whether an odd
+// number of double quotes or any single quote came on the way. A tag's attribute text is
+// nearly always plain double-quoted values, and for such text this one pass settles where
+// the tag ends; four characters are compared at a time where the processor allows. The
+// scan stops at a '<' as the tag does, so unfinished tags are still read in linear time.
+struct TagScan {
+    size_t stop;       // the first '>' or '<', or `size`
+    bool oddQuotes;    // an odd number of '"' before it
+    bool singleQuote;  // a '\'' before it
+};
+
+TagScan ScanToTagClose(const wchar_t* text, size_t from, size_t size) {
+    TagScan scan{size, false, false};
+    size_t i = from;
+#ifdef KIV_XML_SCAN_SSE2
+    const __m128i close = _mm_set1_epi32('>');
+    const __m128i open = _mm_set1_epi32('<');
+    const __m128i dquote = _mm_set1_epi32('"');
+    const __m128i squote = _mm_set1_epi32('\'');
+    const auto bits = [](__m128i equal) { return static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(equal))); };
+    for (; i + 4 <= size; i += 4) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text + i));
+        const unsigned stops = bits(_mm_or_si128(_mm_cmpeq_epi32(v, close), _mm_cmpeq_epi32(v, open)));
+        unsigned quotes = bits(_mm_cmpeq_epi32(v, dquote));
+        unsigned singles = bits(_mm_cmpeq_epi32(v, squote));
+        if (stops != 0) {
+            const unsigned before = (stops & (0u - stops)) - 1;
+            quotes &= before;
+            singles &= before;
+        }
+        scan.oddQuotes ^= (0x6996u >> quotes) & 1u;  // the parity of four bits
+        scan.singleQuote |= singles != 0;
+        if (stops != 0) {
+            scan.stop = i + static_cast<size_t>(std::countr_zero(stops));
+            return scan;
+        }
+    }
+#endif
+    for (; i < size; ++i) {
+        const wchar_t c = text[i];
+        if (c == L'>' || c == L'<') {
+            scan.stop = i;
+            return scan;
+        }
+        scan.oddQuotes ^= c == L'"';
+        scan.singleQuote |= c == L'\'';
+    }
+    return scan;
+}
 
 std::wstring_view TrimBlanks(std::wstring_view text) {
     while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
@@ -192,6 +267,21 @@ bool CXmlParser::TryTagAt(size_t at, Markup& markup) const {
     }
     if (i < size && !IsBlank(text_[i]) && text_[i] != L'/' && text_[i] != L'>') return false;
     const wchar_t* text = text_.data();
+    const auto closeAt = [&](size_t close) {
+        // The last character before the '>' that is not blank lies outside quotes (a
+        // closing quote is itself not blank), so a '/' there closes the tag.
+        size_t last = close;
+        while (last > markup.nameEnd && IsBlank(text[last - 1])) --last;
+        const bool selfClosed = last > markup.nameEnd && text[last - 1] == L'/';
+        markup = Markup{Kind::Start, at, close + 1, markup.nameEnd, selfClosed};
+        return true;
+    };
+    // A '<' before the first '>', quoted or not, refuses the tag, as does the end of the
+    // text; a '>' after double quotes in pairs and no single quote lies outside every
+    // quote and ends the tag. Only a '>' that may be quoted needs the loop below.
+    const TagScan scan = ScanToTagClose(text, i, size);
+    if (scan.stop == size || text[scan.stop] == L'<') return false;
+    if (!scan.singleQuote && !scan.oddQuotes) return closeAt(scan.stop);
     for (; i < size; ++i) {
         const wchar_t c = text[i];
         if (c == L'<') return false;
@@ -203,13 +293,7 @@ bool CXmlParser::TryTagAt(size_t at, Markup& markup) const {
             }
             if (i >= size) return false;
         } else if (c == L'>') {
-            // The last character before the '>' that is not blank lies outside quotes
-            // (a closing quote is itself not blank), so a '/' there closes the tag.
-            size_t last = i;
-            while (last > markup.nameEnd && IsBlank(text[last - 1])) --last;
-            const bool selfClosed = last > markup.nameEnd && text[last - 1] == L'/';
-            markup = Markup{Kind::Start, at, i + 1, markup.nameEnd, selfClosed};
-            return true;
+            return closeAt(i);
         }
     }
     return false;
@@ -236,17 +320,16 @@ bool CXmlParser::TryMarkupAt(size_t at, Markup& markup) {
     return true;
 }
 
-CXmlParser::Markup CXmlParser::FindMarkup(size_t from) {
-    if (hasNext_ && next_.at >= from) return next_;
-    // Markup is usually a few characters away: a plain scan beats a call per search.
+void CXmlParser::FindMarkup(size_t from, Markup& markup) {
+    // Markup is usually a few characters away: a plain scan beats a call per search. The
+    // markup is filled in place: a copy of it read back whole right after the scan wrote
+    // it field by field would stall on the store.
     const wchar_t* text = text_.data();
     const size_t size = text_.size();
     for (size_t at = from; at < size; ++at) {
-        if (text[at] != L'<') continue;
-        Markup markup;
-        if (TryMarkupAt(at, markup)) return markup;
+        if (text[at] == L'<' && TryMarkupAt(at, markup)) return;
     }
-    return Markup{Kind::None, text_.size(), text_.size(), 0, false};
+    markup = Markup{Kind::None, size, size, 0, false};
 }
 
 bool CXmlParser::ReadToken(CKivStringT& tag, CKivStringT& attributes, CKivStringT& content) {
@@ -259,7 +342,11 @@ bool CXmlParser::ReadToken(CKivStringT& tag, CKivStringT& attributes, CKivString
         return true;
     }
     for (;;) {
-        const Markup markup = FindMarkup(pos_);
+        // The markup found after the last content is read where it lies, not copied.
+        Markup found;
+        const bool cached = hasNext_ && next_.at >= pos_;
+        if (!cached) FindMarkup(pos_, found);
+        const Markup& markup = cached ? next_ : found;
         hasNext_ = false;
         if (markup.kind == Kind::None) {
             pos_ = text_.size();
@@ -288,7 +375,7 @@ bool CXmlParser::ReadToken(CKivStringT& tag, CKivStringT& attributes, CKivString
             return true;
         }
         set(attributes, inside);
-        next_ = FindMarkup(pos_);
+        FindMarkup(pos_, next_);
         hasNext_ = true;
         set(content, text.substr(pos_, next_.at - pos_));
         return true;

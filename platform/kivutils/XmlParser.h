@@ -82,7 +82,8 @@ private:
         size_t from = std::wstring::npos;
         size_t found = std::wstring::npos;
     };
-    Markup FindMarkup(size_t from);
+    // The first markup at or after `from`, or Kind::None at the end of the text.
+    void FindMarkup(size_t from, Markup& markup);
     bool TryMarkupAt(size_t at, Markup& markup);
     bool TryTagAt(size_t at, Markup& markup) const;
     size_t Search(std::wstring_view pattern, size_t from, SearchCache& cache) const;

@@ -33,6 +33,50 @@ TEST(IniReading, IgnoresCommentsAndKeepsValuesExactly) {
     EXPECT_EQ(store.GetKeyCount(0), 3);
 }
 
+TEST(IniReading, EndsLinesAtCrLfLfOrALoneCrAndCutsALineAtNul) {
+    static const char bytes[] = "[S]\ra=1\nb=2\r\n\r\nc=3\rd=x\0y=z\n\0e=5\ne=6";
+    const auto store = Parse(std::string(bytes, sizeof bytes - 1));
+    EXPECT_EQ(store.GetValue(L"S", L"a"), L"1");
+    EXPECT_EQ(store.GetValue(L"S", L"b"), L"2");
+    EXPECT_EQ(store.GetValue(L"S", L"c"), L"3");
+    EXPECT_EQ(store.GetValue(L"S", L"d"), L"x");
+    EXPECT_FALSE(store.HasValue(L"S", L"y"));
+    // The line that starts with a NUL is empty; the first record of a key wins.
+    EXPECT_EQ(store.GetValue(L"S", L"e"), L"6");
+    EXPECT_EQ(store.GetKeyCount(0), 5);
+}
+
+TEST(IniReading, KeepsOnlyRecordsTheWriterCouldWriteAgain) {
+    const auto store = Parse(
+        "top = before any header\r\n[Unclosed\r\n[ Spaced ] trailing\r\n = no key\r\nno equals\r\n"
+        "\tkey\t=\t  tabbed value\t\r\n[spaced]\r\nKEY=second\r\nother=x\r\n[]\r\nk=in empty\r\n");
+    ASSERT_EQ(store.GetSectionCount(), 2);
+    // Records before the first header, and those under "[]", are in the section "".
+    EXPECT_EQ(store.GetSectionName(0), L"");
+    EXPECT_EQ(store.GetValue(L"", L"top"), L"before any header");
+    EXPECT_EQ(store.GetValue(L"", L"k"), L"in empty");
+    // A header that never closes is skipped; blanks inside the brackets are trimmed and
+    // a repeated header, in any case, continues the same section.
+    EXPECT_EQ(store.GetSectionName(1), L"Spaced");
+    EXPECT_EQ(store.GetKeyCount(1), 2);
+    EXPECT_EQ(store.GetValue(L"Spaced", L"key"), L"tabbed value\t");
+    EXPECT_EQ(store.GetValue(L"Spaced", L"other"), L"x");
+    EXPECT_EQ(store.GetKeyCount(0), 2);
+}
+
+TEST(IniReading, ReadsUtf8AndLatin1ByWhatTheBytesAre) {
+    ETextEncoding found;
+    auto store = Parse("[S]\r\nk=\xC3\xA4\xE6\xB8\xAC\r\n", &found);
+    EXPECT_EQ(found, kiv_settings::eEncodingUtf8);
+    EXPECT_EQ(store.GetValue(L"S", L"K"), L"\u00E4\u6E2C");
+    store = Parse("[S]\r\nk=\xE4\xF6\r\n", &found);
+    EXPECT_EQ(found, kiv_settings::eEncodingAnsi);
+    EXPECT_EQ(store.GetValue(L"s", L"k"), L"\u00E4\u00F6");
+    store = Parse("\xEF\xBB\xBF[S]\nk=v", &found);
+    EXPECT_EQ(found, kiv_settings::eEncodingUtf8Bom);
+    EXPECT_EQ(store.GetValue(L"S", L"k"), L"v");
+}
+
 class IniFiles : public ::testing::Test {
 protected:
     CThreeTupleStore ReadBack(ETextEncoding* found = nullptr) {

@@ -37,6 +37,41 @@ std::vector<std::wstring> Tags(const std::vector<Token>& tokens) {
     return tags;
 }
 
+TEST(XmlTokenizer, EndsATagAtTheFirstCloseOutsideQuotes) {
+    using V = std::vector<Token>;
+    EXPECT_EQ(Tokens(L"<a x=\"1>2\" y='3>'>text</a>"),
+              (V{{L"a", L"x=\"1>2\" y='3>'", L"text"}, {L"/a", L"", L""}}));
+    EXPECT_EQ(Tokens(L"<a x='1\"2'\r\n\t>t</a >"), (V{{L"a", L"x='1\"2'", L"t"}, {L"/a", L"", L""}}));
+    EXPECT_EQ(Tokens(L"<a x=\"1\"y=\"2\"/><\u00E4 k=\"v\" / >"),
+              (V{{L"a", L"x=\"1\"y=\"2\"", L""},
+                 {L"/a", L"", L""},
+                 {L"\u00E4", L"k=\"v\"", L""},
+                 {L"/\u00E4", L"", L""}}));
+    // The close may fall anywhere among the characters compared together.
+    for (size_t run = 0; run < 13; ++run) {
+        const std::wstring value = L"x=\"" + std::wstring(run, L'v') + L">" + std::wstring(run % 3, L'w') + L"\"";
+        EXPECT_EQ(Tokens(L"<a " + value + std::wstring(run % 4, L' ') + L">c</a>"),
+                  (V{{L"a", value, L"c"}, {L"/a", L"", L""}}))
+            << run;
+    }
+}
+
+TEST(XmlTokenizer, ReadsALessThanThatBeginsNoTagAsText) {
+    using V = std::vector<Token>;
+    // A '<' inside quotes, or an unfinished quote, spoils the tag; the scan goes on at
+    // the next '<'.
+    EXPECT_EQ(Tokens(L"<a x=\"<b>\">t</a>"), (V{{L"b", L"", L"\">t"}, {L"/a", L"", L""}}));
+    EXPECT_EQ(Tokens(L"<a x=\"open><b/>"), (V{{L"b", L"", L""}, {L"/b", L"", L""}}));
+    EXPECT_EQ(Tokens(L"<a x='open\"><b>1 < 2</b>"), (V{{L"b", L"", L"1 < 2"}, {L"/b", L"", L""}}));
+    EXPECT_EQ(Tokens(L"<a <b>x</b>"), (V{{L"b", L"", L"x"}, {L"/b", L"", L""}}));
+    EXPECT_EQ(Tokens(L"x<1 and <a>y<!-- c --><?p?></a>"), (V{{L"a", L"", L"y"}, {L"/a", L"", L""}}));
+    EXPECT_TRUE(Tokens(L"<a x=\"1\"").empty());
+    // Each unfinished tag is given up at the next '<', so a file of them reads in linear time.
+    std::wstring unfinished;
+    for (int i = 0; i < 100000; ++i) unfinished += L"<a x=\"1\" ";
+    EXPECT_TRUE(Tokens(unfinished).empty());
+}
+
 TEST(XmlForming, AnyAttributeValueRoundTrips) {
     const std::wstring values[] = {
         L"Tolerance", L"", L"a\"b'c<d>e&f", L"&amp; stays literal", L"two\r\nlines\tand tab",
