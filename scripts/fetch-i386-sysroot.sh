@@ -14,10 +14,12 @@ set -eu
 
 sysroot=${1:?usage: fetch-i386-sysroot.sh <sysroot folder>}
 
-# Link-time and run-time closure of the libraries the lane links, by package.
-PACKAGES_I386="libfreetype-dev libfreetype6 libharfbuzz-dev libharfbuzz0b libgraphite2-3 \
-libglib2.0-0 libpcre2-8-0 libpng-dev libpng16-16 zlib1g zlib1g-dev libbrotli1 \
-libfmt-dev libfmt9 libgtest-dev libgmock-dev"
+# Link-time and run-time closure of the libraries the lane links, by package; the -dev
+# packages of the libraries HarfBuzz and FreeType load carry the pkg-config files that
+# the installed package's pkg-config check resolves through.
+PACKAGES_I386="libfreetype-dev libfreetype6 libharfbuzz-dev libharfbuzz0b libgraphite2-3 libgraphite2-dev \
+libglib2.0-0 libglib2.0-dev libpcre2-8-0 libpcre2-dev libpng-dev libpng16-16 zlib1g zlib1g-dev \
+libbrotli1 libbrotli-dev libfmt-dev libfmt9 libgtest-dev libgmock-dev"
 # Architecture-independent headers whose CMake package must be found inside the sysroot.
 PACKAGES_ALL="libcli11-dev"
 
