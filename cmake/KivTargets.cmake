@@ -8,6 +8,11 @@ function(kiv_apply_options target)
   if(KIV_WERROR)
     target_compile_options(${target} PRIVATE -Werror)
   endif()
+  # On a 32-bit glibc host, file offsets and times are 64-bit only when asked for; the
+  # platform's files (share locks far past any data, sizes past 2 GiB) and clocks need both.
+  if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_NAME STREQUAL "Linux")
+    target_compile_definitions(${target} PRIVATE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
+  endif()
   if(KIV_SANITIZE)
     target_compile_options(${target} PRIVATE -fsanitize=address,undefined -fno-omit-frame-pointer
                                              -fno-sanitize-recover=undefined)

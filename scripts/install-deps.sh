@@ -13,6 +13,15 @@ libfmt-dev libcli11-dev libpng-dev libboost-dev clang libclang-rt-14-dev libxml2
 libpugixml-dev libfreetype-dev libharfbuzz-dev fonts-dejavu-core imagemagick libcairo2-dev pkg-config \
 libgdal-dev gdal-bin libproj-dev proj-bin libsdl2-dev xvfb xdotool"
 
+# With --i386, also what the 32-bit lane (make test32) needs from the system: the
+# multilib compilers and apt's i386 package index, from which the lane unpacks its own
+# sysroot (scripts/fetch-i386-sysroot.sh) without installing anything.
+I386=0
+[ "${1:-}" = "--i386" ] && I386=1
+if [ "$I386" -eq 1 ]; then
+    PACKAGES="$PACKAGES gcc-multilib g++-multilib"
+fi
+
 SUDO=""
 if [ "$(id -u)" -ne 0 ]; then
     if command -v sudo >/dev/null 2>&1; then SUDO="sudo"; fi
@@ -25,9 +34,17 @@ for p in $PACKAGES; do
     fi
 done
 
+if [ "$I386" -eq 1 ] && ! dpkg --print-foreign-architectures | grep -qx i386; then
+    echo "install-deps: adding the i386 architecture"
+    $SUDO dpkg --add-architecture i386
+    # A mirror whose security index lags must not stop the lane: it needs only the
+    # main index's i386 packages, which the sysroot script checks for itself.
+    $SUDO apt-get update -qq || echo "install-deps: apt-get update reported errors; going on" >&2
+fi
+
 if [ -n "$missing" ]; then
     echo "install-deps: installing$missing"
-    $SUDO apt-get update -qq
+    $SUDO apt-get update -qq || [ "$I386" -eq 1 ]
     DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq --no-install-recommends $missing
 fi
 

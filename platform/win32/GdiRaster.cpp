@@ -4,10 +4,17 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/win32/Int128.h"
+
 namespace kiv_win32::detail {
 namespace {
 
+// Products of a segment's lengths and offsets need 66 bits or more.
+#ifdef __SIZEOF_INT128__
 using Wide = __int128;
+#else
+using Wide = Int128;
+#endif
 
 // Dash patterns of one-pixel styled pens, in pixels: on, off, on, off, ...
 struct DashPattern {

@@ -9,7 +9,12 @@
 namespace kiv_vector_detail {
 namespace {
 
-constexpr std::size_t kReservedBytes = std::size_t{1} << 32;
+// A pointer word names 4 GiB, which a 64-bit host reserves whole. A 32-bit process has
+// not much more address space than that in all, and there the words are plain addresses
+// anyway, so an arena takes 256 MiB: several images can be built side by side.
+constexpr std::uint64_t kWordRange = std::uint64_t{1} << 32;
+constexpr std::size_t kReservedBytes =
+    sizeof(std::size_t) > 4 ? static_cast<std::size_t>(kWordRange) : std::size_t{256} << 20;
 constexpr std::size_t kCommitStep = std::size_t{1} << 20;
 // Word 0 must name no block, so that a zero pointer word never reaches a pool.
 constexpr std::size_t kFirstBlockOffset = 16;

@@ -11,8 +11,8 @@ namespace kiv_vector_detail {
 
 class PoolArena {
 public:
-    // Reserves the whole range a 32-bit pointer word can name; null when the host
-    // refuses the reservation.
+    // Reserves the whole range a 32-bit pointer word can name (less on a 32-bit host);
+    // null when the host refuses the reservation.
     static std::shared_ptr<PoolArena> reserve();
     ~PoolArena();
     PoolArena(const PoolArena&) = delete;

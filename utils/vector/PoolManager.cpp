@@ -80,14 +80,23 @@ unsigned char* PoolManager::arenaBase() const { return image_ ? image_ : (arena_
 
 std::size_t PoolManager::arenaExtent() const { return image_ ? imageBytes_ : (arena_ ? arena_->used() : 0); }
 
+std::uintptr_t PoolManager::wordBase() const {
+    if constexpr (sizeof(std::uintptr_t) <= sizeof(std::uint32_t)) {
+        return 0;
+    } else {
+        return addressOf(arenaBase());
+    }
+}
+
 std::uint32_t PoolManager::toWord(const void* address) const {
-    return static_cast<std::uint32_t>(addressOf(address) - addressOf(arenaBase()));
+    return static_cast<std::uint32_t>(addressOf(address) - wordBase());
 }
 
 unsigned char* PoolManager::fromWord(std::uint32_t word, std::size_t bytes) const {
-    unsigned char* base = arenaBase();
-    if (base == nullptr || bytes > arenaExtent() || word > arenaExtent() - bytes) return nullptr;
-    return base + word;
+    // Wraps like the device's own address arithmetic; contains() then refuses anything
+    // that does not land inside the image.
+    const std::uintptr_t at = wordBase() + word;
+    return contains(reinterpret_cast<const void*>(at), bytes) ? reinterpret_cast<unsigned char*>(at) : nullptr;
 }
 
 bool PoolManager::contains(const void* address, std::size_t bytes) const {
@@ -116,7 +125,7 @@ PoolManager::Entity* PoolManager::expandPool(Entity* pool, int newSize) {
     const std::int64_t d = distance >= 0 ? distance / 8 : -((-distance + 7) / 8);
     const std::uintptr_t oldPayload = addressOf(pool->data());
     const std::uintptr_t oldEnd = oldPayload + oldSize;
-    const std::uintptr_t base = addressOf(arenaBase());
+    const std::uintptr_t base = wordBase();
     for (int i = 0; i < collector_.fields.GetSize(); ++i) {
         unsigned char*& field = collector_.fields[i];
         // A recorded field that a previous expansion moved outside the image is not read.
@@ -151,7 +160,7 @@ void PoolManager::setupPoolMap() {
 void PoolManager::patchPointers(CKivArray<unsigned char*>& pointers, BlockIntervalMap& map,
                                 CKivArray<unsigned long>& fixups) {
     fixups.RemoveAll();
-    const std::uintptr_t base = addressOf(arenaBase());
+    const std::uintptr_t base = wordBase();
     for (int i = 0; i < pointers.GetSize(); ++i) {
         unsigned char* field = pointers[i];
         BlockIntervalMap::Block fieldBlock, targetBlock;
@@ -242,7 +251,7 @@ bool PoolManager::serialize(CEntityWriter& writer) {
 }
 
 bool PoolManager::fixupsStayInside(const VectorFormat::FixupTable& table) const {
-    const std::uint32_t baseWord = toWord(image_);
+    // Before the fixups a field holds its target's file offset, whatever the word base.
     const unsigned char* words = table.data();
     const std::uint32_t count = table.getSize() / 4;
     const std::uint64_t bytes = imageBytes_;
@@ -254,7 +263,7 @@ bool PoolManager::fixupsStayInside(const VectorFormat::FixupTable& table) const 
         const bool fieldOutside = static_cast<std::uint64_t>(offset) + 4 > bytes;
         // A field outside the image is not read: its offset is replaced by 0 for the read.
         const std::uint32_t value = readU32(image_ + (fieldOutside ? 0 : offset));
-        outside |= fieldOutside | (static_cast<std::uint64_t>(value + baseWord) >= bytes);
+        outside |= fieldOutside | (static_cast<std::uint64_t>(value) >= bytes);
     }
     return !outside;
 }
@@ -303,8 +312,9 @@ bool PoolManager::deserialize(void* image, int bytes) {
 
     collector_.fields.RemoveAll();
     unlistedTable_ = table;
-    // A loaded image is its own arena, so its fields already hold their targets' words:
-    // the addition of the base is of nothing and would only rewrite every field.
+    // Where words are offsets, a loaded image is its own arena and its fields already
+    // hold their targets' words: the addition of the base is of nothing and would only
+    // rewrite every field. Where words are addresses, every field gets the image's.
     if (toWord(image) != 0) applyFixupTable(table, image);
     return true;
 }
@@ -313,7 +323,7 @@ void PoolManager::applyFixupTable(VectorFormat::FixupTable* table, void* base) {
     if (table == nullptr || base == nullptr) return;
     auto* start = static_cast<unsigned char*>(base);
     const std::uint32_t baseWord = toWord(base);
-    // A loaded image is its own arena: its base word is 0 and every field already holds
+    // A loaded image that is its own arena has base word 0 and every field already holds
     // its target's offset. Writing nothing keeps a mapped image's pages the file's own.
     if (baseWord == 0) return;
     for (std::uint32_t i = 0; i + 4 <= table->getSize(); i += 4) {

@@ -2,11 +2,14 @@
 // them, and the map from each pool's block to its place in a file. It writes the pools
 // to one file (serialize) and makes a file image usable in place (deserialize).
 //
-// Pointer words. A pointer field is a 32-bit word holding its target's offset from the
-// image's arena base: a loaded image's arena is the file image itself (so a loaded
-// field holds the file offset of its target), a built image's pools are all carved out
-// of one reserved arena. toWord() and fromWord() convert between words and addresses;
-// fromWord() answers only for targets that lie inside the image.
+// Pointer words. A pointer field is a 32-bit word. On a 32-bit host, as on the device,
+// the word is its target's address: loading adds the image's address to every field
+// the fixup table names. A 64-bit address does not fit, so there the word holds the
+// target's offset from the image's arena base instead: a loaded image's arena is the
+// file image itself (so a loaded field keeps the file offset of its target and loading
+// writes nothing), a built image's pools are all carved out of one reserved arena.
+// toWord() and fromWord() convert between words and addresses; fromWord() answers only
+// for targets that lie inside the image.
 #pragma once
 
 #include <cstddef>
@@ -110,6 +113,8 @@ private:
     bool layoutFitsFileWords() const;
     unsigned char* arenaBase() const;
     std::size_t arenaExtent() const;
+    // The address that word 0 names: 0 where words are addresses, else the arena base.
+    std::uintptr_t wordBase() const;
 
     CKivArray<Entity*> pools_;
     mutable PointerCollector collector_;
