@@ -363,6 +363,8 @@ struct BoxDriver {
     static inline std::vector<BYTE> held;
     static inline HWND owner = nullptr, box = nullptr;
     static inline bool ownerEnabledDuring = true;
+    static inline CDlgBase* dialog = nullptr;
+    static inline bool boxActiveDuring = false, titleActiveDuring = true;
     static inline std::wstring caption;
     static inline HWND window = nullptr;
     static inline WPARAM run = 0;  // a step left queued by an earlier box is not replayed
@@ -372,6 +374,8 @@ struct BoxDriver {
         if (wp != run) return 0;
         if (step == 0) {
             ownerEnabledDuring = IsWindowEnabled(owner) != FALSE;
+            boxActiveDuring = GetActiveWindow() == GetParent(GetFocus());
+            titleActiveDuring = dialog->GetTitlebar().IsActive() != FALSE;
             box = GetParent(GetFocus());
             wchar_t text[64] = {};
             GetWindowTextW(box, text, 64);
@@ -400,6 +404,7 @@ struct BoxDriver {
         script = std::move(keys);
         step = 0;
         owner = dialog.m_hWnd;
+        BoxDriver::dialog = &dialog;
         box = nullptr;
         PostMessageW(window, WM_APP, ++run, 0);
         return dialog.MessageBoxW(L"Store the point?", boxCaption, type, eSoundOk);
@@ -409,6 +414,9 @@ struct BoxDriver {
 TEST_F(DlgBaseTest, MessageBoxAnswersWithThePressedButtonWhileItsOwnerWaits) {
     CProbeDlg d;
     ASSERT_TRUE(d.Create(L"DLGBASE_TEST"));
+    d.ShowWindow(SW_SHOW);
+    HWND field = GetDlgItem(d.m_hWnd, kEdit2);
+    SetFocus(field);
     using Keys = std::vector<std::vector<BYTE>>;
     const BYTE tab = VK_TAB, enter = VK_RETURN, escape = VK_ESCAPE, space = VK_SPACE;
     const struct {
@@ -437,6 +445,11 @@ TEST_F(DlgBaseTest, MessageBoxAnswersWithThePressedButtonWhileItsOwnerWaits) {
         EXPECT_FALSE(BoxDriver::ownerEnabledDuring) << "the owner is disabled while the box runs";
         EXPECT_TRUE(d.IsWindowEnabled()) << "and enabled again after";
         EXPECT_FALSE(IsWindow(BoxDriver::box));
+        EXPECT_TRUE(BoxDriver::boxActiveDuring);
+        EXPECT_FALSE(BoxDriver::titleActiveDuring) << "the owner's title bar shows it inactive under the box";
+        EXPECT_TRUE(d.GetTitlebar().IsActive());
+        EXPECT_EQ(GetActiveWindow(), d.m_hWnd);
+        EXPECT_EQ(GetFocus(), field) << "the field that had the focus has it again";
         EXPECT_EQ(BoxDriver::caption, L"Warning!") << "an empty caption warns";
     }
     EXPECT_EQ(BoxDriver::Run(d, MB_OK, {{enter}}, L"Stake out"), IDOK);
