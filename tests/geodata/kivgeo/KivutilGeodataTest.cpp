@@ -1,8 +1,11 @@
-// Imports through kivutil as a user runs them: each source written by ogr2ogr or Python
+// kivutil's geodata commands as a user runs them: each source written by ogr2ogr or Python
 // goes through "vector import", and "vector info --list" shows what the image holds,
-// counts, positions to the millimetre and colours.
+// counts, positions to the millimetre and colours; "render --from --to" draws an image
+// in another coordinate system.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -101,6 +104,57 @@ TEST(ImportThroughKivutil, GeoPackageLayersEachTakeTheirOwnColour) {
     const std::string tracks = ImportAndList(folder, source, "--layer roads --where \"kind = 'track'\" --to EPSG:4326");
     EXPECT_LINE(tracks, "entities: 0 points, 2 lines, 0 arcs, 0 labels; 1 polylines");
     EXPECT_NE(tracks.find("line 0 from 15.002, 42.000 to 15.004, 41.999 "), std::string::npos) << tracks;
+}
+
+// The README's site: WGS 84 degrees imported into UTM zone 33 north, labels sized in metres.
+TEST(ImportThroughKivutil, SiteInDegreesLandsInUtmWithLabelsSizedInMetres) {
+    SampleFolder folder;
+    const std::string out = ImportAndList(folder, std::string(KIV_SOURCE_DIR) + "/data/site-wgs84.geojson",
+                                          "--to EPSG:32633 --label-field name --style-field style");
+    EXPECT_NE(out.find("32 features read, 32 written, 0 skipped"), std::string::npos) << out;
+    EXPECT_NE(out.find("extent: x 461706.307 .. 462106.899, y 5099720.930 .. 5100020.206"), std::string::npos) << out;
+    // A hundredth of the 400 m site, not of its 0.005 degrees.
+    EXPECT_NE(out.find("label 0 \"Main Road\" at 461906.603, 5099873.154 height 4.02 colour #B03A2E"),
+              std::string::npos)
+        << out;
+    EXPECT_NE(out.find("line 0 from 461706.307, 5099841.905 to 461826.426, 5099851.155 colour #B03A2E width 5"), std::string::npos) << out;
+}
+
+// The box a render reports it drew, from its "drawn in" line.
+bool DrawnBox(const std::string& out, double box[4]) {
+    const auto at = out.find("drawn in ");
+    const auto colon = out.find(": x ", at);
+    return at != std::string::npos && colon != std::string::npos &&
+           std::sscanf(out.c_str() + colon, ": x %lf .. %lf, y %lf .. %lf", &box[0], &box[1], &box[2], &box[3]) == 4;
+}
+
+TEST(RenderThroughKivutil, ImageInDegreesIsDrawnInUtmWhereTheImportPutsIt) {
+    SampleFolder folder;
+    const std::string degrees = folder.path("site-degrees.vec"), picture = folder.path("site.png");
+    ASSERT_EQ(Kivutil("vector import " + std::string(KIV_SOURCE_DIR) + "/data/site-wgs84.geojson -o " + degrees).status,
+              0);
+    const auto drawn = Kivutil("render " + degrees + " --from EPSG:4326 --to EPSG:32633 --size 400x300 -o " + picture);
+    ASSERT_EQ(drawn.status, 0) << drawn.out;
+    double box[4] = {};
+    ASSERT_TRUE(DrawnBox(drawn.out, box)) << drawn.out;
+    // Centred on the site's UTM box (as the import above finds it), and as large as it with
+    // the render's margin of 3 % of the longer side all round, to the 2 % the degree box's
+    // corners leave.
+    const double margin = 0.03 * 400.592;
+    EXPECT_NEAR((box[0] + box[1]) / 2, (461706.307 + 462106.899) / 2, 1.0);
+    EXPECT_NEAR((box[2] + box[3]) / 2, (5099720.930 + 5100020.206) / 2, 1.0);
+    EXPECT_NEAR(box[1] - box[0], 400.592 + 2 * margin, 0.02 * 400.592);
+    EXPECT_NEAR(box[3] - box[2], 299.276 + 2 * margin, 0.02 * 400.592);
+    EXPECT_NE(kiv_geo_test::Capture("file " + picture).find("PNG image data, 400 x 300"), std::string::npos);
+
+    // Only both systems together, and only systems PROJ knows; one line each, status 2.
+    for (const char* bad : {"--from EPSG:4326", "--to EPSG:32633", "--from EPSG:4326 --to EPSG:nonsense"}) {
+        const auto refused = Kivutil("render " + degrees + " " + std::string(bad) + " -o " + picture);
+        EXPECT_EQ(refused.status, 2) << bad;
+        EXPECT_EQ(std::count(refused.out.begin(), refused.out.end(), '\n'), 1) << refused.out;
+    }
+    EXPECT_NE(Kivutil("render " + degrees + " --from EPSG:4326 --to EPSG:nonsense").out.find("EPSG:nonsense"),
+              std::string::npos);
 }
 
 }  // namespace
