@@ -690,17 +690,11 @@ HWND SetFocus(HWND window) {
 HWND SetActiveWindow(HWND window) {
     bool mine = false;
     HWND top = nullptr;
-    {
-        WindowTable& t = Table();
-        std::lock_guard g(t.lock);
-        Window* w = Find(t, window);
-        if (!w) {
-            SetLastError(ERROR_INVALID_WINDOW_HANDLE);
-            return nullptr;
-        }
-        mine = w->thread == GetCurrentThreadId();
-        top = TopLevelOf(t, window);
-    }
+    if (!WithWindow(window, [&](Window& w) {
+            mine = w.thread == GetCurrentThreadId();
+            top = TopLevelOf(Table(), window);
+        }))
+        return nullptr;
     if (!mine) {
         SetLastError(ERROR_ACCESS_DENIED);
         return nullptr;
