@@ -235,7 +235,16 @@ bool Importer::importLayer(OGRLayer& layer, int layerIndex) {
     // Labels of a label field get a height fitted to the layer, so they read at any scale.
     double labelHeight = 1.0;
     OGREnvelope extent;
-    if (labelField >= 0 && layer.GetExtent(&extent, FALSE) == OGRERR_NONE) {
+    if (labelField >= 0 && layer.GetExtent(&extent, TRUE) == OGRERR_NONE) {
+        // Measured where the labels go: a layer in degrees imported into metres wants
+        // labels metres high, not a hundredth of a degree.
+        if (transform_) {
+            double xs[4] = {extent.MinX, extent.MaxX, extent.MinX, extent.MaxX};
+            double ys[4] = {extent.MinY, extent.MinY, extent.MaxY, extent.MaxY};
+            const bool carried = transform_->Transform(4, xs, ys) != FALSE;
+            extent = OGREnvelope();
+            for (int i = 0; carried && i < 4; ++i) extent.Merge(xs[i], ys[i]);
+        }
         const double span = std::max(extent.MaxX - extent.MinX, extent.MaxY - extent.MinY);
         if (span > 0.0 && std::isfinite(span)) labelHeight = span / 100.0;
     }

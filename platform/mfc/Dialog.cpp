@@ -163,6 +163,17 @@ LRESULT CDialog::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
             else MoveFocus(wParam != 0);
             return 0;
         case WM_CLOSE: SendMessage(WM_COMMAND, IDCANCEL, 0); return 0;
+        case WM_ACTIVATE: {
+            // The control that had the focus when the dialog lost activation (to a message
+            // box, say) gets it back when the dialog is active again.
+            HWND focus = ::GetFocus();
+            if (LOWORD(wParam) == WA_INACTIVE) {
+                if (focus && ::IsChild(m_hWnd, focus)) m_lastFocus = focus;
+            } else if (m_lastFocus && focus != m_lastFocus && ::IsChild(m_hWnd, m_lastFocus)) {
+                ::SetFocus(m_lastFocus);
+            }
+            return CWnd::WindowProc(message, wParam, lParam);
+        }
         default: return CWnd::WindowProc(message, wParam, lParam);
     }
 }

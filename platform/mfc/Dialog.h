@@ -78,6 +78,7 @@ private:
     std::wstring m_templateName;
     UINT m_defId = IDOK;
     HFONT m_font = nullptr;
+    HWND m_lastFocus = nullptr;  // the focused control when the dialog last lost activation
     bool m_modal = false;
     bool m_ended = false;
     int m_result = 0;

@@ -37,6 +37,9 @@ struct ControlState {
     // list box and combo box
     std::vector<std::wstring> items;
     int current = -1;
+    // combo box: its open drop-down list and the row highlighted there
+    HWND dropList = nullptr;
+    int hot = -1;
 };
 
 ControlState* StateOf(HWND w) { return reinterpret_cast<ControlState*>(GetWindowLongW(w, GWL_USERDATA)); }
@@ -193,21 +196,30 @@ void PaintButton(HWND w, HDC dc, const RECT& r, ControlState& s) {
     DrawTextW(dc, text.c_str(), -1, &t, DT_SINGLELINE | DT_CENTER | DT_VCENTER);
 }
 
-void PaintList(HWND w, HDC dc, const RECT& r, ControlState& s) {
+// The first row shown in a list of `rows` visible rows, so that the selected row is in view.
+int FirstRow(int selected, int rows) { return selected >= rows ? selected - rows + 1 : 0; }
+
+// The rows of a list box or of a combo box's drop-down list, `selected` highlighted.
+void PaintRows(HDC dc, const RECT& r, const std::vector<std::wstring>& items, int selected, COLORREF frame,
+               int frameWidth) {
     Fill(dc, r, GetSysColor(COLOR_WINDOW));
-    Frame(dc, r, Focused(w) ? GetSysColor(COLOR_HIGHLIGHT) : GetSysColor(COLOR_BTNSHADOW), Focused(w) ? 2 : 1);
+    Frame(dc, r, frame, frameWidth);
     const int h = LineHeight(dc) + 2;
-    // Keep the selected row in view.
     const int rows = std::max(1, (r.bottom - r.top - 4) / h);
-    const int first = s.current >= rows ? s.current - rows + 1 : 0;
-    for (int i = first; i < static_cast<int>(s.items.size()) && i - first < rows; ++i) {
+    const int first = FirstRow(selected, rows);
+    for (int i = first; i < static_cast<int>(items.size()) && i - first < rows; ++i) {
         RECT row{r.left + 2, r.top + 2 + (i - first) * h, r.right - 2, r.top + 2 + (i - first + 1) * h};
-        const bool selected = i == s.current;
-        if (selected) Fill(dc, row, GetSysColor(COLOR_HIGHLIGHT));
-        SetTextColor(dc, GetSysColor(selected ? COLOR_HIGHLIGHTTEXT : COLOR_WINDOWTEXT));
+        const bool isSelected = i == selected;
+        if (isSelected) Fill(dc, row, GetSysColor(COLOR_HIGHLIGHT));
+        SetTextColor(dc, GetSysColor(isSelected ? COLOR_HIGHLIGHTTEXT : COLOR_WINDOWTEXT));
         RECT t{row.left + 3, row.top, row.right, row.bottom};
-        DrawTextW(dc, s.items[static_cast<size_t>(i)].c_str(), -1, &t, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
+        DrawTextW(dc, items[static_cast<size_t>(i)].c_str(), -1, &t, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
     }
+}
+
+void PaintList(HWND w, HDC dc, const RECT& r, ControlState& s) {
+    PaintRows(dc, r, s.items, s.current, GetSysColor(Focused(w) ? COLOR_HIGHLIGHT : COLOR_BTNSHADOW),
+              Focused(w) ? 2 : 1);
 }
 
 void PaintCombo(HWND w, HDC dc, const RECT& r, ControlState& s) {
@@ -342,12 +354,26 @@ LRESULT EditMessage(HWND w, ControlState& s, UINT message, WPARAM wParam, LPARAM
 
 // ---- buttons ---------------------------------------------------------------------------------
 
+bool StartsGroup(HWND w) { return (static_cast<DWORD>(GetWindowLongW(w, GWL_STYLE)) & WS_GROUP) != 0; }
+
+// The sibling controls of w's group, in order: a group begins at a control with WS_GROUP
+// (or at the first control) and runs up to the next control with WS_GROUP.
+std::vector<HWND> GroupOf(HWND w) {
+    HWND first = w;
+    while (!StartsGroup(first))
+        if (HWND previous = GetWindow(first, GW_HWNDPREV)) first = previous;
+        else break;
+    std::vector<HWND> group{first};
+    for (HWND o = GetWindow(first, GW_HWNDNEXT); o && !StartsGroup(o); o = GetWindow(o, GW_HWNDNEXT)) group.push_back(o);
+    return group;
+}
+
 void Click(HWND w, ControlState& s) {
     const DWORD type = static_cast<DWORD>(GetWindowLongW(w, GWL_STYLE)) & BS_TYPEMASK;
     if (type == BS_AUTOCHECKBOX) s.check = !s.check;
     if (type == BS_AUTORADIOBUTTON) {
         // The other automatic radio buttons of its group lose their mark.
-        for (HWND o = GetWindow(GetParent(w), GW_CHILD); o; o = GetWindow(o, GW_HWNDNEXT)) {
+        for (HWND o : GroupOf(w)) {
             if (o == w) continue;
             if ((static_cast<DWORD>(GetWindowLongW(o, GWL_STYLE)) & BS_TYPEMASK) == BS_AUTORADIOBUTTON)
                 SendMessageW(o, BM_SETCHECK, BST_UNCHECKED, 0);
@@ -396,19 +422,171 @@ LRESULT ButtonMessage(HWND w, ControlState& s, UINT message, WPARAM wParam, LPAR
 
 // ---- list box and combo box ------------------------------------------------------------------
 
+bool Select(HWND w, ControlState& s, int index, bool notify) {
+    const bool combo = s.kind == Kind::ComboBox;
+    if (index < -1 || index >= static_cast<int>(s.items.size())) return false;
+    const bool changed = index != s.current;
+    s.current = index;
+    if (combo) DefWindowProcW(w, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(index >= 0 ? s.items[static_cast<size_t>(index)].c_str() : L""));
+    Paint(w);
+    if (notify && changed) Notify(w, combo ? CBN_SELCHANGE : LBN_SELCHANGE);
+    return true;
+}
+
+int RowHeight(HWND w, const ControlState& s) {
+    HDC dc = GetDC(w);
+    HGDIOBJ old = SelectObject(dc, s.font ? s.font : kiv_win32::DefaultControlFont());
+    const int h = LineHeight(dc) + 2;
+    SelectObject(dc, old);
+    ReleaseDC(w, dc);
+    return h;
+}
+
+// The item under a tap at lParam in `window`, which shows the rows of `s` with `selected`
+// in view; -1 past the rows.
+int RowAt(HWND window, const ControlState& s, int selected, LPARAM lParam) {
+    const int h = RowHeight(window, s);
+    RECT r{};
+    GetClientRect(window, &r);
+    const int y = static_cast<short>(HIWORD(static_cast<DWORD_PTR>(lParam))) - 2;
+    if (y < 0) return -1;
+    const int row = FirstRow(selected, std::max(1, static_cast<int>(r.bottom - 4) / h)) + y / h;
+    return row < static_cast<int>(s.items.size()) ? row : -1;
+}
+
+// ---- the combo box's drop-down list ----------------------------------------------------------
+// The list is a pop-up window owned by its combo box, under the box and as wide. The combo
+// box keeps the focus while the list is open, so the dialog's keys reach it: the arrows
+// move the highlight in the list, Enter (or a tap on a row) takes the highlighted item,
+// Escape (or the focus going elsewhere) closes the list and leaves the selection as it
+// was. The owner hears CBN_DROPDOWN when the list opens, then, when an item is taken,
+// CBN_SELCHANGE if it differs from the current one and CBN_SELENDOK, or CBN_SELENDCANCEL,
+// and last CBN_CLOSEUP.
+
+constexpr int kDropRows = 8;
+constexpr wchar_t kDropListClass[] = L"ComboLBox";
+
+HWND ComboOf(HWND list) { return reinterpret_cast<HWND>(GetWindowLongW(list, GWL_USERDATA)); }
+
+void PaintDropList(HWND list) {
+    HWND combo = ComboOf(list);
+    ControlState* s = combo ? StateOf(combo) : nullptr;
+    if (!s) return;
+    HDC dc = GetDC(list);
+    RECT r{};
+    GetClientRect(list, &r);
+    HGDIOBJ oldFont = SelectObject(dc, s->font ? s->font : kiv_win32::DefaultControlFont());
+    SetBkMode(dc, TRANSPARENT);
+    PaintRows(dc, r, s->items, s->hot, GetSysColor(COLOR_WINDOWFRAME), 1);
+    SelectObject(dc, oldFont);
+    ReleaseDC(list, dc);
+}
+
+void OpenDropDown(HWND w, ControlState& s) {
+    if (s.dropList) return;
+    // The owner may fill the list only now, as it is about to be seen.
+    Notify(w, CBN_DROPDOWN);
+    RECT r{};
+    GetWindowRect(w, &r);
+    const int rows = std::clamp(static_cast<int>(s.items.size()), 1, kDropRows);
+    s.hot = s.current;
+    s.dropList = CreateWindowExW(0, kDropListClass, L"", WS_POPUP | WS_VISIBLE, r.left, r.bottom, r.right - r.left,
+                                 rows * RowHeight(w, s) + 4, w, nullptr, nullptr, w);
+    if (s.dropList) PaintDropList(s.dropList);
+}
+
+void CloseDropDown(HWND w, ControlState& s, bool take) {
+    if (!s.dropList) return;
+    HWND list = s.dropList;
+    const int chosen = s.hot;
+    s.dropList = nullptr;
+    s.hot = -1;
+    DestroyWindow(list);
+    if (take) {
+        if (chosen >= 0) Select(w, s, chosen, true);
+        Notify(w, CBN_SELENDOK);
+    } else {
+        Notify(w, CBN_SELENDCANCEL);
+    }
+    Notify(w, CBN_CLOSEUP);
+    Paint(w);
+}
+
+LRESULT CALLBACK DropListProc(HWND list, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_NCCREATE) {
+        const auto* create = reinterpret_cast<const CREATESTRUCTW*>(lParam);
+        SetWindowLongW(list, GWL_USERDATA, reinterpret_cast<LONG_PTR>(create->lpCreateParams));
+        return DefWindowProcW(list, message, wParam, lParam);
+    }
+    HWND combo = ComboOf(list);
+    ControlState* s = combo ? StateOf(combo) : nullptr;
+    if (!s || s->dropList != list) return DefWindowProcW(list, message, wParam, lParam);
+    switch (message) {
+        case WM_PAINT: PaintDropList(list); return 0;
+        case WM_LBUTTONDOWN:
+        case WM_LBUTTONUP: {
+            const int row = RowAt(list, *s, s->hot, lParam);
+            if (row < 0) return 0;
+            // The stylus picks the row it touches and takes it when lifted.
+            s->hot = row;
+            if (message == WM_LBUTTONDOWN) PaintDropList(list);
+            else CloseDropDown(combo, *s, true);
+            return 0;
+        }
+        default: return DefWindowProcW(list, message, wParam, lParam);
+    }
+}
+
+// What only a combo box does; kUnhandled for what it shares with the list box.
+LRESULT ComboMessage(HWND w, ControlState& s, UINT message, WPARAM wParam, LPARAM) {
+    const int count = static_cast<int>(s.items.size());
+    switch (message) {
+        case WM_GETDLGCODE: return s.dropList ? DLGC_WANTARROWS | DLGC_WANTALLKEYS : DLGC_WANTARROWS;
+        case CB_SHOWDROPDOWN:
+            if (wParam) OpenDropDown(w, s);
+            else CloseDropDown(w, s, false);
+            return TRUE;
+        case CB_GETDROPPEDSTATE: return s.dropList ? TRUE : FALSE;
+        case WM_LBUTTONDOWN:
+            SetFocus(w);
+            if (s.dropList) CloseDropDown(w, s, false);
+            else OpenDropDown(w, s);
+            return 0;
+        case WM_KILLFOCUS: CloseDropDown(w, s, false); Paint(w); return 0;
+        case WM_KEYDOWN: {
+            const bool alt = GetKeyState(VK_MENU) < 0;
+            const bool toggle = wParam == VK_F4 || (alt && (wParam == VK_DOWN || wParam == VK_UP));
+            if (!s.dropList) {
+                if (!toggle) return kUnhandled;
+                OpenDropDown(w, s);
+                return 0;
+            }
+            int hot = s.hot;
+            if (toggle || wParam == VK_RETURN) CloseDropDown(w, s, true);
+            else if (wParam == VK_ESCAPE) CloseDropDown(w, s, false);
+            else if (wParam == VK_UP) hot = std::max(0, hot - 1);
+            else if (wParam == VK_DOWN) hot = std::min(count - 1, hot + 1);
+            else if (wParam == VK_HOME) hot = count ? 0 : -1;
+            else if (wParam == VK_END) hot = count - 1;
+            if (s.dropList && hot != s.hot) {
+                s.hot = hot;
+                PaintDropList(s.dropList);
+            }
+            return 0;
+        }
+        default: return kUnhandled;
+    }
+}
+
 LRESULT ListMessage(HWND w, ControlState& s, UINT message, WPARAM wParam, LPARAM lParam) {
     const bool combo = s.kind == Kind::ComboBox;
     const int count = static_cast<int>(s.items.size());
     const LRESULT err = combo ? CB_ERR : LB_ERR;
-    auto select = [&](int index, bool notify) {
-        if (index < -1 || index >= count) return false;
-        const bool changed = index != s.current;
-        s.current = index;
-        if (combo) DefWindowProcW(w, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(index >= 0 ? s.items[static_cast<size_t>(index)].c_str() : L""));
-        Paint(w);
-        if (notify && changed) Notify(w, combo ? CBN_SELCHANGE : LBN_SELCHANGE);
-        return true;
-    };
+    auto select = [&](int index, bool notify) { return Select(w, s, index, notify); };
+    if (combo) {
+        const LRESULT r = ComboMessage(w, s, message, wParam, lParam);
+        if (r != kUnhandled) return r;
+    }
     switch (message) {
         case WM_GETDLGCODE: return DLGC_WANTARROWS;
         case LB_ADDSTRING:
@@ -422,10 +600,17 @@ LRESULT ListMessage(HWND w, ControlState& s, UINT message, WPARAM wParam, LPARAM
             if (wParam >= static_cast<WPARAM>(count)) return err;
             s.items.erase(s.items.begin() + static_cast<std::ptrdiff_t>(wParam));
             if (s.current >= static_cast<int>(s.items.size())) s.current = -1;
+            s.hot = std::min(s.hot, static_cast<int>(s.items.size()) - 1);
             Paint(w);
+            if (s.dropList) PaintDropList(s.dropList);
             return static_cast<LRESULT>(s.items.size());
         case LB_RESETCONTENT:
-        case CB_RESETCONTENT: s.items.clear(); s.current = -1; Paint(w); return 0;
+        case CB_RESETCONTENT:
+            s.items.clear();
+            s.current = s.hot = -1;
+            Paint(w);
+            if (s.dropList) PaintDropList(s.dropList);
+            return 0;
         case LB_SETCURSEL:
         case CB_SETCURSEL: return select(static_cast<int>(static_cast<INT_PTR>(wParam)), false) ? s.current : err;
         case LB_GETCURSEL:
@@ -450,16 +635,7 @@ LRESULT ListMessage(HWND w, ControlState& s, UINT message, WPARAM wParam, LPARAM
             return 0;
         case WM_LBUTTONDOWN: {
             SetFocus(w);
-            if (combo) {
-                select(count ? (s.current + 1) % count : -1, true);
-                return 0;
-            }
-            HDC dc = GetDC(w);
-            HGDIOBJ old = SelectObject(dc, s.font ? s.font : kiv_win32::DefaultControlFont());
-            const int h = LineHeight(dc) + 2;
-            SelectObject(dc, old);
-            ReleaseDC(w, dc);
-            const int row = (static_cast<short>(HIWORD(static_cast<DWORD_PTR>(lParam))) - 2) / h;
+            const int row = RowAt(w, s, s.current, lParam);
             if (row >= 0 && row < count) select(row, true);
             return 0;
         }
@@ -530,7 +706,8 @@ void RegisterStandardControls() {
                    {L"EDIT", &Proc<Kind::Edit>},
                    {L"BUTTON", &Proc<Kind::Button>},
                    {L"LISTBOX", &Proc<Kind::ListBox>},
-                   {L"COMBOBOX", &Proc<Kind::ComboBox>}};
+                   {L"COMBOBOX", &Proc<Kind::ComboBox>},
+                   {kDropListClass, &DropListProc}};
     for (const auto& c : classes) {
         WNDCLASSW wc{};
         wc.lpfnWndProc = c.proc;

@@ -1,6 +1,7 @@
 // The standard controls of the Win32 subset, drawn by the host: "STATIC", "EDIT",
 // "BUTTON" (push, check and radio), "LISTBOX" and "COMBOBOX" (a drop list stepped with
-// the arrow keys), with the messages and notifications dialogs use to drive them.
+// the arrow keys or chosen from its drop-down list), with the messages and notifications
+// dialogs use to drive them.
 #pragma once
 
 #include "platform/win32/Gdi.h"
@@ -86,7 +87,13 @@ constexpr UINT CB_GETCURSEL = 0x0147;
 constexpr UINT CB_GETLBTEXT = 0x0148;
 constexpr UINT CB_RESETCONTENT = 0x014B;
 constexpr UINT CB_SETCURSEL = 0x014E;
+constexpr UINT CB_SHOWDROPDOWN = 0x014F;
+constexpr UINT CB_GETDROPPEDSTATE = 0x0157;
 constexpr WORD CBN_SELCHANGE = 1;
+constexpr WORD CBN_DROPDOWN = 7;
+constexpr WORD CBN_CLOSEUP = 8;
+constexpr WORD CBN_SELENDOK = 9;
+constexpr WORD CBN_SELENDCANCEL = 10;
 
 constexpr UINT DM_GETDEFID = WM_USER + 0;
 constexpr UINT DM_SETDEFID = WM_USER + 1;

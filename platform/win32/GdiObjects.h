@@ -95,7 +95,7 @@ public:
     bool Hollow() const { return brush.lbStyle == BS_NULL; }
 };
 
-struct FontFace;  // the loaded typeface at the font's size (text family)
+class FontFace;  // the loaded typeface at the font's size (text family)
 
 class FontObject : public GdiObject {
 public:

@@ -121,6 +121,7 @@ struct WindowTable {
     ATOM nextAtom = 0xC000;
     std::uintptr_t nextHandle = 0x10000;
     HWND focus = nullptr;
+    std::unordered_map<DWORD, HWND> active;  // each thread's active top-level window
 };
 
 void DestroyThreadWindows(ThreadContext& thread);
@@ -136,6 +137,7 @@ WindowTable& Table() {
                 t.topLevel.clear();
                 t.classes.clear();
                 t.focus = nullptr;
+                t.active.clear();
             }
             kiv_win32::detail::ForEachThread([](ThreadContext& thread) {
                 std::shared_ptr<MessageQueue> queue;
@@ -179,6 +181,54 @@ bool IsDescendant(WindowTable& t, HWND ancestor, HWND window) {
     for (Window* w = Find(t, window); w && w->parent && (w->style & WS_CHILD); w = Find(t, w->parent))
         if (w->parent == ancestor) return true;
     return false;
+}
+
+// The top-level window that holds `window` (itself when it is one). Called with the lock.
+HWND TopLevelOf(WindowTable& t, HWND window) {
+    Window* w = Find(t, window);
+    while (w && (w->style & WS_CHILD)) w = Find(t, w->parent);
+    return w ? w->handle : nullptr;
+}
+
+// Makes `window` (a top-level window of the calling thread, or null) its thread's active
+// window. The window that loses activation hears WM_ACTIVATE (WA_INACTIVE, the new one)
+// first, then the new one WM_ACTIVATE (WA_ACTIVE, the old one). Windows of other threads
+// are never told: their threads keep their own active windows, as each thread's queue
+// does on the device, so no thread waits here for another.
+HWND ChangeActive(HWND window) {
+    const DWORD thread = GetCurrentThreadId();
+    HWND previous = nullptr;
+    {
+        WindowTable& t = Table();
+        std::lock_guard g(t.lock);
+        if (auto it = t.active.find(thread); it != t.active.end()) previous = it->second;
+        if (previous == window) return previous;
+        if (window) t.active[thread] = window;
+        else t.active.erase(thread);
+    }
+    if (previous && IsWindow(previous))
+        SendMessageW(previous, WM_ACTIVATE, WA_INACTIVE, reinterpret_cast<LPARAM>(window));
+    if (window) SendMessageW(window, WM_ACTIVATE, WA_ACTIVE, reinterpret_cast<LPARAM>(previous));
+    return previous;
+}
+
+// A window that stops being active (hidden or destroyed) hands activation to its owner
+// when the owner can take it (visible, enabled, staying); else no window of the thread
+// is active.
+void HandOnActivation(HWND window) {
+    HWND next = nullptr;
+    {
+        WindowTable& t = Table();
+        std::lock_guard g(t.lock);
+        auto it = t.active.find(GetCurrentThreadId());
+        if (it == t.active.end() || it->second != window) return;
+        Window* w = Find(t, window);
+        Window* owner = w && !(w->style & WS_CHILD) ? Find(t, w->parent) : nullptr;
+        if (owner && (owner->style & WS_VISIBLE) && !(owner->style & WS_DISABLED) && !owner->destroying &&
+            owner->thread == w->thread)
+            next = TopLevelOf(t, owner->handle);
+    }
+    ChangeActive(next);
 }
 
 std::shared_ptr<MessageQueue> QueueOf(ThreadContext& thread) {
@@ -306,6 +356,7 @@ std::vector<HWND> TopLevelWindows() {
 // its WM_DESTROY and WM_NCDESTROY.
 void Destroy(HWND handle) {
     NotifyWindowChange(handle, WindowChange::Destroyed);
+    HandOnActivation(handle);
     std::vector<HWND> children, owned;
     {
         WindowTable& t = Table();
@@ -332,6 +383,7 @@ void Destroy(HWND handle) {
     if (Window* parent = Find(t, gone->parent)) std::erase(parent->children, handle);
     std::erase(t.topLevel, handle);
     if (t.focus == handle) t.focus = nullptr;
+    if (auto a = t.active.find(gone->thread); a != t.active.end() && a->second == handle) t.active.erase(a);
 }
 
 void DestroyThreadWindows(ThreadContext& thread) {
@@ -448,6 +500,8 @@ HWND CreateWindowExW(DWORD exStyle, LPCWSTR className, LPCWSTR windowName, DWORD
         SetLastError(ERROR_INVALID_PARAMETER);
         return nullptr;
     }
+    // A top-level window made visible is shown as ShowWindow shows it: it becomes active.
+    if ((style & (WS_VISIBLE | WS_CHILD | WS_DISABLED)) == WS_VISIBLE && IsWindow(w->handle)) ChangeActive(w->handle);
     return w->handle;
 }
 
@@ -618,6 +672,19 @@ BOOL ShowWindow(HWND window, int command) {
     });
     if (changed) SendMessageW(window, WM_SHOWWINDOW, show ? TRUE : FALSE, 0);
     if (changed) NotifyWindowChange(window, WindowChange::Placement);
+    // Showing a top-level window of this thread activates it, unless the command says not
+    // to; hiding the active one hands activation on.
+    bool topLevel = false, mine = false, enabled = false;
+    WithWindow(window, [&](Window& w) {
+        topLevel = !(w.style & WS_CHILD);
+        mine = w.thread == GetCurrentThreadId();
+        enabled = !(w.style & WS_DISABLED);
+    });
+    if (topLevel && mine) {
+        if (!show) HandOnActivation(window);
+        else if (enabled && (command == SW_SHOW || command == SW_SHOWNORMAL || command == SW_RESTORE))
+            ChangeActive(window);
+    }
     return wasVisible ? TRUE : FALSE;
 }
 
@@ -633,6 +700,18 @@ BOOL IsWindowVisible(HWND window) {
 }
 
 HWND SetFocus(HWND window) {
+    // Focus inside a top-level window of this thread that is not active activates it first.
+    HWND top = nullptr;
+    {
+        WindowTable& t = Table();
+        std::lock_guard g(t.lock);
+        if (Window* w = Find(t, window); w && w->thread == GetCurrentThreadId()) {
+            top = TopLevelOf(t, window);
+            auto a = t.active.find(w->thread);
+            if (a != t.active.end() && a->second == top) top = nullptr;
+        }
+    }
+    if (top) ChangeActive(top);
     HWND previous = nullptr;
     {
         WindowTable& t = Table();
@@ -648,6 +727,28 @@ HWND SetFocus(HWND window) {
     if (previous) SendMessageW(previous, WM_KILLFOCUS, reinterpret_cast<WPARAM>(window), 0);
     if (window) SendMessageW(window, WM_SETFOCUS, reinterpret_cast<WPARAM>(previous), 0);
     return previous;
+}
+
+HWND SetActiveWindow(HWND window) {
+    bool mine = false;
+    HWND top = nullptr;
+    if (!WithWindow(window, [&](Window& w) {
+            mine = w.thread == GetCurrentThreadId();
+            top = TopLevelOf(Table(), window);
+        }))
+        return nullptr;
+    if (!mine) {
+        SetLastError(ERROR_ACCESS_DENIED);
+        return nullptr;
+    }
+    return ChangeActive(top);
+}
+
+HWND GetActiveWindow() {
+    WindowTable& t = Table();
+    std::lock_guard g(t.lock);
+    auto it = t.active.find(GetCurrentThreadId());
+    return it == t.active.end() ? nullptr : it->second;
 }
 
 HWND GetFocus() {

@@ -48,6 +48,12 @@ constexpr UINT WM_APP = 0x8000;
 
 constexpr WPARAM SIZE_RESTORED = 0;
 
+// WM_ACTIVATE: the low word of wParam says how the window changes; lParam is the window
+// on the other side of the change.
+constexpr WORD WA_INACTIVE = 0;
+constexpr WORD WA_ACTIVE = 1;
+constexpr WORD WA_CLICKACTIVE = 2;
+
 // ---- styles and commands -------------------------------------------------------------------
 constexpr DWORD WS_OVERLAPPED = 0x00000000;
 constexpr DWORD WS_POPUP = 0x80000000;
@@ -187,9 +193,17 @@ BOOL EnableWindow(HWND window, BOOL enable);  // non-zero when the window was di
 BOOL IsWindowEnabled(HWND window);
 BOOL ShowWindow(HWND window, int command);    // non-zero when the window was visible
 BOOL IsWindowVisible(HWND window);            // itself and every parent visible
-// The host has one input focus for the process (the device has one user).
+// The host has one input focus for the process (the device has one user). Focus moved
+// into a top-level window of the calling thread that is not active activates it.
 HWND SetFocus(HWND window);
 HWND GetFocus();
+// Each thread has an active top-level window. It changes when a top-level window is shown
+// (SW_SHOW, SW_SHOWNORMAL, SW_RESTORE, or made with WS_VISIBLE), when the focus moves into
+// another one, and here; a hidden or destroyed active window hands activation to its owner
+// when the owner is visible and enabled. Each change sends WM_ACTIVATE to the window
+// losing activation, then to the one gaining it.
+HWND SetActiveWindow(HWND window);  // the previously active window
+HWND GetActiveWindow();
 
 // Windows have no frame on the host: the client area is the whole window.
 BOOL GetWindowRect(HWND window, LPRECT rect);  // screen coordinates

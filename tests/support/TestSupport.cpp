@@ -55,6 +55,15 @@ ScopedLocale::~ScopedLocale() {
     std::locale::global(std::locale::classic());
 }
 
+HWND MakePlainWindow(int width, int height, DWORD style, HWND parent, int id, const wchar_t* text) {
+    WNDCLASSW plain{};
+    plain.lpfnWndProc = DefWindowProcW;
+    plain.lpszClassName = L"KivTestPlainWindow";
+    RegisterClassW(&plain);  // refused once registered, until the host is reset
+    return CreateWindowExW(0, plain.lpszClassName, text, style, 0, 0, width, height, parent,
+                           reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), nullptr, nullptr);
+}
+
 std::string ReadFileBytes(const std::string& hostPath) {
     std::ifstream in(hostPath, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());

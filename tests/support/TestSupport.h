@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/host/Host.h"
+#include "platform/win32/Win32.h"
 
 namespace kiv_test {
 
@@ -56,6 +57,11 @@ private:
 // Whether the temporary folder's file system keeps user extended attributes, where the
 // hidden flag lives; asked once. Tests of the hidden flag skip where it does not.
 bool TempFolderKeepsUserAttributes();
+
+// A window of a plain class (its procedure DefWindowProcW) on this thread: a drawing
+// surface, a message target or, with WS_CHILD, an identified control of `parent`.
+HWND MakePlainWindow(int width, int height, DWORD style = 0, HWND parent = nullptr, int id = 0,
+                     const wchar_t* text = L"");
 
 std::string ReadFileBytes(const std::string& hostPath);
 // At most the first `bytes` bytes of the file (for files too large to compare whole).

@@ -1,5 +1,6 @@
 // kivutil render: draws a vector image through its index and the Drawer into a window's
-// surface, as a map view does, and saves the window as a PNG picture.
+// surface, as a map view does, and saves the window as a PNG picture. With the geodata
+// bridge built in, --from and --to draw an image of one coordinate system in another.
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -8,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <fmt/format.h>
@@ -20,7 +22,11 @@
 #include "utils/render/Drawer.h"
 #include "utils/render/SurfaceRenderer.h"
 #include "utils/vector/Quadtree.h"
+#include "utils/vector/TransformBBox.h"
 #include "utils/vector/Viewport.h"
+#ifdef KIVUTIL_WITH_GEODATA
+#include "geodata/ProjCs.h"
+#endif
 
 namespace {
 
@@ -33,7 +39,58 @@ struct RenderOptions {
     std::string extent;
     std::string rotate = "0";
     std::string highlight;
+    std::string from, to;  // the image's coordinate system and the picture's
 };
+
+// The picture's axes: the picture's coordinate system (the plane), then the view turned
+// and centred in it.
+class ViewCs : public Csx::CCs {
+public:
+    ViewCs(const Csx::CCs& plane, double rotationDegrees, double centreX, double centreY)
+        : plane_(plane), view_(rotationDegrees, 1.0, centreX, centreY) {}
+    TCoord3d toWorld(const TCoord3d& p) const override { return plane_.toWorld(view_.toWorld(p)); }
+    TCoord3d fromWorld(const TCoord3d& p) const override { return view_.fromWorld(plane_.fromWorld(p)); }
+
+private:
+    const Csx::CCs& plane_;
+    Csx::CAffineCs view_;
+};
+
+// The image's system and the picture's: both the plane of the image's own units unless
+// --from and --to name two systems PROJ knows. Null, after the one line that says why,
+// when they cannot be made.
+struct SystemPair {
+    std::unique_ptr<Csx::CCs> image, picture;
+};
+std::optional<SystemPair> MakeSystems(const RenderOptions& o) {
+    SystemPair pair;
+    if (o.from.empty() && o.to.empty()) {
+        pair.image = std::make_unique<Csx::CIdentityCs>();
+        pair.picture = std::make_unique<Csx::CIdentityCs>();
+        return pair;
+    }
+    if (o.from.empty() || o.to.empty()) {
+        BadInput("--from and --to go together: give the image's system and the picture's, e.g. --from EPSG:32633 "
+                 "--to EPSG:3857");
+        return std::nullopt;
+    }
+#ifdef KIVUTIL_WITH_GEODATA
+    for (const auto& [definition, target, option] :
+         {std::tuple{&o.from, &pair.image, "--from"}, std::tuple{&o.to, &pair.picture, "--to"}}) {
+        std::string error;
+        *target = Csx::CProjCs::create(*definition, error);
+        if (!*target) {
+            BadInput(std::string(option) + ": " + error + "; give an EPSG code such as EPSG:32633 or a PROJ string");
+            return std::nullopt;
+        }
+    }
+    return pair;
+#else
+    BadInput("--from and --to need the geodata bridge (GDAL and PROJ), which this kivutil was built without; "
+             "draw the image in its own units without them");
+    return std::nullopt;
+#endif
+}
 
 // Numbers separated by `separator`, exactly `count` of them, each finite.
 std::optional<std::vector<double>> ParseNumbers(const std::string& text, char separator, std::size_t count) {
@@ -80,20 +137,32 @@ int RunRender(const RenderOptions& o) {
         if (!highlight) return BadInput("--highlight '" + o.highlight + "' is not x,y in the image's units, e.g. 5100,8070");
     }
 
+    const auto systems = MakeSystems(o);
+    if (!systems) return kivutil::kExitBadInput;
+    const bool projected = !o.from.empty();
+
     const auto image = kivutil::LoadVectorImage(o.file);
     if (!image) return kivutil::kExitFailed;
     const auto start = std::chrono::steady_clock::now();
     std::shared_ptr<IRenderTree> tree = buildQuadtree(*image->blob);
 
+    // The extent is in the picture's system; by default the image's whole box carried into it.
+    const Csx::CCs& imageCs = *systems->image;
     BoundingBox shown = extent ? BoundingBox((*extent)[0], (*extent)[3], (*extent)[2], (*extent)[1])
                                : tree->getRoot()->getBBox();
-    if (!shown.isValid()) shown = BoundingBox(0, 1, 1, 0);
+    if (!extent && projected && shown.isValid()) shown = transformBBox(shown, imageCs, *systems->picture);
+    if (!shown.isValid() || !std::isfinite(shown.getWidth()) || !std::isfinite(shown.getHeight())) {
+        if (projected) {
+            std::cerr << "kivutil: the image's extent has no place in " << o.to << "; check --from, or give --extent\n";
+            return kivutil::kExitFailed;
+        }
+        shown = BoundingBox(0, 1, 1, 0);
+    }
     if (!extent) shown = shown.inflated(0.03 * std::max(shown.getWidth(), shown.getHeight()));
     const double cx = (shown.left + shown.right) / 2, cy = (shown.bottom + shown.top) / 2;
-    const Csx::CIdentityCs imageCs;
     // The view's axes turn clockwise about the middle of what is shown, so that the map
     // turns counter-clockwise on the picture.
-    const Csx::CAffineCs viewCs(-(*rotate)[0], 1.0, cx, cy);
+    const ViewCs viewCs(*systems->picture, -(*rotate)[0], cx, cy);
     const BoundingBox viewport(-shown.getWidth() / 2, shown.getHeight() / 2, shown.getWidth() / 2,
                                -shown.getHeight() / 2);
 
@@ -147,6 +216,9 @@ int RunRender(const RenderOptions& o) {
                              image->label, o.output, width, height, renderer.getPixelSize(), (*rotate)[0]);
     std::cout << fmt::format("view: x {:.3f} .. {:.3f}, y {:.3f} .. {:.3f}\n", inImage.left, inImage.right,
                              inImage.bottom, inImage.top);
+    if (projected)
+        std::cout << fmt::format("drawn in {} from {}: x {:.3f} .. {:.3f}, y {:.3f} .. {:.3f}\n", o.to, o.from,
+                                 shown.left, shown.right, shown.bottom, shown.top);
     std::cout << fmt::format("drew {} features, visited {} nodes ({} features looked at), {:.1f} ms\n",
                              stats.featuresDrawn, stats.nodesVisited, stats.featuresVisited, ms);
     std::cout << picked;
@@ -163,6 +235,8 @@ kivutil::Registration render(45, [](CLI::App& app, std::function<int()>& run) {
     sub->add_option("--rotate", options->rotate, "turn the map this many degrees counter-clockwise")
         ->capture_default_str();
     sub->add_option("--highlight", options->highlight, "x,y: emphasise the point or polyline nearest this position");
+    sub->add_option("--from", options->from, "the image's coordinate system, EPSG:n or a PROJ string (with --to)");
+    sub->add_option("--to", options->to, "draw in this coordinate system, EPSG:n or a PROJ string (with --from)");
     sub->callback([&run, options] { run = [options] { return RunRender(*options); }; });
 });
 

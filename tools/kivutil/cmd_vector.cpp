@@ -76,7 +76,44 @@ int RunSample(const std::string& output) {
     return kivutil::kExitOk;
 }
 
-int RunInfo(const std::string& file, bool mapped) {
+std::string Colour(COLORREF c) { return fmt::format("#{:02X}{:02X}{:02X}", GetRValue(c), GetGValue(c), GetBValue(c)); }
+
+std::string At(const TCoord3d& p) { return fmt::format("{:.3f}, {:.3f}", p.x, p.y); }
+
+// Every point, line, arc and label with its position to the millimetre and its colour,
+// so that an image can be checked against its source record by record.
+void ListEntities(const VectorBlob& blob) {
+    for (std::uint32_t i = 0; i < blob.getPointCount(); ++i) {
+        TPointStyle style;
+        blob.getPointStyle(i, style);
+        std::cout << fmt::format("point {} at {} colour {}\n", i, At(blob.getPointsList()->getPosition(i)),
+                                 Colour(style.colour));
+    }
+    for (std::uint32_t i = 0; i < blob.getLineCount(); ++i) {
+        TLineStyle style;
+        blob.getLineStyle(i, style);
+        const auto& lines = *blob.getLinesList();
+        std::cout << fmt::format("line {} from {} to {} colour {} width {} polyline {}\n", i, At(lines.getStart(i)),
+                                 At(lines.getEnd(i)), Colour(style.colour), style.width, blob.getLinePolyLineIndex(i));
+    }
+    for (std::uint32_t i = 0; i < blob.getArcCount(); ++i) {
+        TLineStyle style;
+        blob.getArcStyle(i, style);
+        const auto& arcs = *blob.getArcsList();
+        std::cout << fmt::format("arc {} from {} to {} centre {} {} colour {}\n", i, At(arcs.getStart(i)),
+                                 At(arcs.getEnd(i)), At(arcs.getCenter(i)),
+                                 arcs.getDirection(i) > 0.0 ? "counter-clockwise" : "clockwise", Colour(style.colour));
+    }
+    for (std::uint32_t i = 0; i < blob.getLabelCount(); ++i) {
+        TLabel label;
+        if (!blob.getLabel(i, label)) continue;
+        std::cout << fmt::format("label {} \"{}\" at {} height {:.2f} colour {}\n", i,
+                                 kiv_text::ToUtf8(label.text.GetString()), At(label.position), label.style.height,
+                                 Colour(label.style.colour));
+    }
+}
+
+int RunInfo(const std::string& file, bool mapped, bool list) {
     if (mapped && file.empty()) return BadInput("--mapped needs an image file; the built-in sample is not a file");
     const auto image = mapped ? LoadMappedVectorImage(file) : LoadVectorImage(file);
     if (!image) return kivutil::kExitFailed;
@@ -102,6 +139,9 @@ int RunInfo(const std::string& file, bool mapped) {
     const bool complete = blob.verifyTagSet();
     std::cout << "tag set: " << (complete ? "complete" : "incomplete") << "\n";
     std::cout << "extent: " << Box(buildQuadtree(blob)->getRoot()->getBBox()) << "\n";
+    std::cout << fmt::format("entities: {} points, {} lines, {} arcs, {} labels; {} polylines\n", blob.getPointCount(),
+                             blob.getLineCount(), blob.getArcCount(), blob.getLabelCount(), blob.getPolyLineCount());
+    if (list) ListEntities(blob);
     return complete ? kivutil::kExitOk : kivutil::kExitFailed;
 }
 
@@ -170,7 +210,11 @@ kivutil::Registration vector(40, [](CLI::App& app, std::function<int()>& run) {
     auto* info = sub->add_subcommand("info", "Show an image's entities, record counts, tag-set verdict and extent");
     info->add_option("file", *infoFile, "vector image file (default: the built-in sample)");
     info->add_flag("--mapped", *infoMapped, "load the file through a memory mapping instead of reading it");
-    info->callback([&run, infoFile, infoMapped] { run = [infoFile, infoMapped] { return RunInfo(*infoFile, *infoMapped); }; });
+    auto infoList = std::make_shared<bool>(false);
+    info->add_flag("--list", *infoList, "list every point, line, arc and label with its position and colour");
+    info->callback([&run, infoFile, infoMapped, infoList] {
+        run = [infoFile, infoMapped, infoList] { return RunInfo(*infoFile, *infoMapped, *infoList); };
+    });
 
     auto indexFile = std::make_shared<std::string>();
     auto* index = sub->add_subcommand("index", "Show the shape of an image's quadtree index");

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <iostream>
+#include <string>
 #include <vector>
 
 #include "tools/kivutil/Command.h"
@@ -22,6 +23,33 @@ int BadInput(const std::string& message) {
     return kExitBadInput;
 }
 
+namespace {
+// What CLI11 refused, on one line with what is accepted: the commands when a word names
+// none, else where the chosen command's options are described.
+std::string ParseErrorLine(CLI::App& app, const CLI::ParseError& e, const std::vector<std::string>& words) {
+    std::string path;
+    CLI::App* deepest = &app;
+    while (true) {
+        const auto chosen = deepest->get_subcommands();
+        if (chosen.empty()) break;
+        deepest = chosen.front();
+        path += " " + deepest->get_name();
+    }
+    const auto commands = deepest->get_subcommands([](CLI::App*) { return true; });
+    // The word after the chosen commands, when it is not an option, was meant as a command.
+    std::size_t depth = 0;
+    for (const CLI::App* at = deepest; at != &app; at = at->get_parent()) ++depth;
+    if (!commands.empty() && depth < words.size() && !words[depth].empty() && words[depth][0] != '-') {
+        std::string names;
+        for (const CLI::App* command : commands) names += (names.empty() ? "" : ", ") + command->get_name();
+        return "no command \"" + words[depth] + "\" in kivutil" + path + "; the commands are " + names;
+    }
+    std::string what = e.what();
+    std::replace(what.begin(), what.end(), '\n', ' ');
+    return what + "; \"kivutil" + path + " --help\" says what is accepted";
+}
+}  // namespace
+
 }  // namespace kivutil
 
 int main(int argc, char** argv) {
@@ -34,8 +62,8 @@ int main(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {
-        const int code = app.exit(e);
-        return code == 0 ? 0 : kivutil::kExitBadInput;
+        if (e.get_exit_code() == 0) return app.exit(e);  // --help and its kin
+        return kivutil::BadInput(kivutil::ParseErrorLine(app, e, std::vector<std::string>(argv + 1, argv + argc)));
     }
     return run ? run() : kivutil::kExitOk;
 }

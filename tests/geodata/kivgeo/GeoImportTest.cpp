@@ -10,7 +10,6 @@
 
 namespace {
 
-using kiv_geo_test::Shell;
 using kiv_geo_test::SampleFolder;
 
 constexpr double kMillimetre = 0.001;
@@ -34,15 +33,13 @@ COLORREF LineColour(const VectorBlob& blob, std::uint32_t line) {
 
 TEST(GeoImport, ShapefilePointsKeepTheirPositionsAndGetLabelsFromTheLabelField) {
     SampleFolder folder;
-    folder.write("wells.csv",
-                 "id,name,WKT\n1,Well 7,POINT (512345.678 5412345.123)\n2,Gate,POINT (512400.001 5412300.999)\n"
-                 "3,,POINT (512350 5412350)\n");
-    ASSERT_EQ(Shell("ogr2ogr -f 'ESRI Shapefile' " + folder.path("wells.shp") + " " + folder.path("wells.csv")), 0);
+    const std::string source = kiv_geo_test::WriteWellsShapefile(folder);
+    ASSERT_FALSE(source.empty());
 
     kiv_geo::TImportSummary summary;
     kiv_geo::TImportOptions options;
     options.labelField = "name";
-    auto blob = Import(folder.path("wells.shp"), summary, options);
+    auto blob = Import(source, summary, options);
     ASSERT_TRUE(blob) << summary.error;
     EXPECT_EQ(summary.read, 3u);
     EXPECT_EQ(summary.written, 3u);
@@ -64,15 +61,11 @@ TEST(GeoImport, ShapefilePointsKeepTheirPositionsAndGetLabelsFromTheLabelField) 
 
 TEST(GeoImport, GeoJsonLinesAndPolygonRingsBecomePolylinesVertexForVertex) {
     SampleFolder folder;
-    folder.write("plan.csv",
-                 "id,WKT\n"
-                 "1,\"LINESTRING (100.001 200.002,150.5 200.002,150.5 260.75)\"\n"
-                 "2,\"POLYGON ((0 0,40 0,40 30,0 30,0 0),(10 10,20 10,10 20,10 10))\"\n"
-                 "3,\"MULTILINESTRING ((1 1,2 2),(3 3,4 4))\"\n");
-    ASSERT_EQ(Shell("ogr2ogr -f GeoJSON " + folder.path("plan.geojson") + " " + folder.path("plan.csv")), 0);
+    const std::string source = kiv_geo_test::WritePlanGeoJson(folder);
+    ASSERT_FALSE(source.empty());
 
     kiv_geo::TImportSummary summary;
-    auto blob = Import(folder.path("plan.geojson"), summary);
+    auto blob = Import(source, summary);
     ASSERT_TRUE(blob) << summary.error;
     EXPECT_EQ(summary.written, 3u);
     // 2 segments, 4 for the outer ring and 3 for the hole, 1 for each part of the multi-line.
@@ -90,27 +83,13 @@ TEST(GeoImport, GeoJsonLinesAndPolygonRingsBecomePolylinesVertexForVertex) {
     EXPECT_EQ(blob->getLinePolyLineIndex(9), 3);
 }
 
-// A drawing in the exchange format's text form, as a CAD program writes it: a red line,
-// a green quarter arc, a circle of colour by layer and a blue text.
-const char* kWriteDrawing = R"(
-import sys
-rows = []
-def entity(*pairs):
-    for code, value in pairs: rows.append(f"{code}\n{value}\n")
-entity((0, "LINE"), (8, "roads"), (62, 1), (10, 1000.25), (20, 2000.5), (30, 0), (11, 1100.75), (21, 2050.125), (31, 0))
-entity((0, "ARC"), (8, "roads"), (62, 3), (10, 1050.0), (20, 2050.0), (30, 0), (40, 10.0), (50, 0.0), (51, 90.0))
-entity((0, "CIRCLE"), (8, "wells"), (62, 7), (10, 1200.0), (20, 2100.0), (30, 0), (40, 2.0))
-entity((0, "TEXT"), (8, "notes"), (62, 5), (10, 1010.0), (20, 2020.0), (30, 0), (40, 2.5), (1, "Well 7"))
-open(sys.argv[1], "w").write("0\nSECTION\n2\nENTITIES\n" + "".join(rows) + "0\nENDSEC\n0\nEOF\n")
-)";
-
 TEST(GeoImport, DrawingKeepsLinesArcsCirclesTextsAndTheirColours) {
     SampleFolder folder;
-    const std::string script = folder.write("drawing.py", kWriteDrawing);
-    ASSERT_EQ(Shell("python3 " + script + " " + folder.path("site.dxf")), 0);
+    const std::string source = kiv_geo_test::WriteSiteDrawing(folder);
+    ASSERT_FALSE(source.empty());
 
     kiv_geo::TImportSummary summary;
-    auto blob = Import(folder.path("site.dxf"), summary);
+    auto blob = Import(source, summary);
     ASSERT_TRUE(blob) << summary.error;
     EXPECT_EQ(summary.read, 4u);
     EXPECT_EQ(summary.written, 4u);
@@ -148,14 +127,7 @@ TEST(GeoImport, DrawingKeepsLinesArcsCirclesTextsAndTheirColours) {
 
 class GeoPackageImport : public ::testing::Test {
 protected:
-    void SetUp() override {
-        folder.write("roads.csv",
-                     "id,kind,WKT\n1,main,\"LINESTRING (500000.001 4649776.224,500100.002 4649876.225)\"\n"
-                     "2,track,\"LINESTRING (500200 4649776,500300 4649700,500400 4649800)\"\n");
-        folder.write("wells.csv", "id,WKT\n1,POINT (500050.5 4649800.25)\n");
-        ASSERT_EQ(Shell("ogr2ogr -f GPKG -a_srs EPSG:32633 " + gpkg() + " " + folder.path("roads.csv")), 0);
-        ASSERT_EQ(Shell("ogr2ogr -update -f GPKG -a_srs EPSG:32633 " + gpkg() + " " + folder.path("wells.csv")), 0);
-    }
+    void SetUp() override { ASSERT_EQ(kiv_geo_test::WriteTwoLayerGeoPackage(folder), gpkg()); }
     std::string gpkg() const { return folder.path("map.gpkg"); }
     SampleFolder folder;
 };

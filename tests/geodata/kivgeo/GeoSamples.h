@@ -21,6 +21,19 @@ private:
     std::string path_;
 };
 
+// The sample sources, each written into the folder by an independent tool; each returns
+// the source's path, or an empty text when the tool failed.
+// Three wells in a shapefile, positions to the millimetre, a "name" field (one empty).
+std::string WriteWellsShapefile(const SampleFolder& folder);
+// GeoJSON: a three-vertex line, a polygon with a hole, a two-part multi-line.
+std::string WritePlanGeoJson(const SampleFolder& folder);
+// A drawing in the CAD exchange format: a red line, a green quarter arc, a circle of
+// colour by layer and a blue text.
+std::string WriteSiteDrawing(const SampleFolder& folder);
+// A GeoPackage in UTM zone 33N with the layers "roads" (two lines, a "kind" field) and
+// "wells" (one point).
+std::string WriteTwoLayerGeoPackage(const SampleFolder& folder);
+
 // Runs a shell command; its exit status (0 on success).
 int Shell(const std::string& command);
 // The command's standard output.

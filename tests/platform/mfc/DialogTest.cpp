@@ -51,6 +51,11 @@ public:
         CDialog::OnCancel();
     }
     void OnCheck() { log.push_back("check"); }
+    std::vector<WORD> comboCodes;  // the combo box's notifications, in order
+    BOOL OnCommand(WPARAM wParam, LPARAM lParam) override {
+        if (LOWORD(wParam) == kCombo) comboCodes.push_back(HIWORD(wParam));
+        return CDialog::OnCommand(wParam, lParam);
+    }
     LRESULT OnPing(WPARAM w, LPARAM) {
         log.push_back("ping");
         if (w == 2) EndDialog(7);
@@ -189,6 +194,145 @@ TEST_F(DialogTest, ButtonsListsAndCombosAnswerKeysAndNotify) {
     SendMessageW(combo, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(L"ft"));
     SendMessageW(combo, CB_SETCURSEL, 1, 0);
     EXPECT_EQ(Text(combo), L"ft");
+}
+
+class ComboTest : public DialogTest {
+protected:
+    void SetUp() override {
+        DialogTest::SetUp();
+        combo = item(kCombo);
+        for (const wchar_t* s : {L"m", L"ft", L"usft"}) SendMessageW(combo, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(s));
+        SendMessageW(combo, CB_SETCURSEL, 0, 0);
+        SetFocus(combo);
+        form.comboCodes.clear();
+        form.log.clear();
+    }
+    LRESULT Selected() { return SendMessageW(combo, CB_GETCURSEL, 0, 0); }
+    bool Dropped() { return SendMessageW(combo, CB_GETDROPPEDSTATE, 0, 0) != 0; }
+    static HWND DropList() { return FindWindowW(L"ComboLBox", nullptr); }
+    // Taps a row of the open drop-down list, as the stylus does: down, then up.
+    static void TapRow(int row) {
+        HWND list = DropList();
+        RECT r{};
+        GetClientRect(list, &r);
+        const int h = (r.bottom - 4) / 3;  // three items, each row the same height
+        const LPARAM at = MAKELPARAM(10, 2 + row * h + h / 2);
+        SendMessageW(list, WM_LBUTTONDOWN, 0, at);
+        SendMessageW(list, WM_LBUTTONUP, 0, at);
+    }
+    HWND combo = nullptr;
+    using Codes = std::vector<WORD>;
+};
+
+TEST_F(ComboTest, KeysOpenTheListMoveItsHighlightAndEnterTakesTheItem) {
+    Key(VK_F4);
+    ASSERT_TRUE(Dropped());
+    HWND list = DropList();
+    ASSERT_NE(list, nullptr);
+    EXPECT_EQ(GetParent(list), combo) << "the list is owned by its combo box";
+    RECT box{}, drop{};
+    GetWindowRect(combo, &box);
+    GetWindowRect(list, &drop);
+    EXPECT_EQ(drop.top, box.bottom);
+    EXPECT_EQ(drop.left, box.left);
+    EXPECT_EQ(drop.right, box.right);
+
+    Key(VK_DOWN);
+    Key(VK_DOWN);
+    Key(VK_DOWN);
+    EXPECT_EQ(Selected(), 0) << "moving the highlight does not choose yet";
+    EXPECT_EQ(form.comboCodes, Codes{CBN_DROPDOWN});
+    Key(VK_RETURN);
+    EXPECT_FALSE(Dropped());
+    EXPECT_FALSE(IsWindow(list));
+    EXPECT_EQ(Selected(), 2) << "the highlight stops at the last item";
+    EXPECT_EQ(Text(combo), L"usft");
+    EXPECT_EQ(form.comboCodes, (Codes{CBN_DROPDOWN, CBN_SELCHANGE, CBN_SELENDOK, CBN_CLOSEUP}));
+    EXPECT_TRUE(form.log.empty()) << "Enter went to the list, not to the default button";
+    EXPECT_EQ(GetFocus(), combo);
+
+    // Escape closes without a change and without cancelling the dialog.
+    form.comboCodes.clear();
+    keybd_event(VK_MENU, 0, 0, 0);
+    Key(VK_DOWN);  // Alt+Down opens too
+    keybd_event(VK_MENU, 0, KEYEVENTF_KEYUP, 0);
+    ASSERT_TRUE(Dropped());
+    Key(VK_UP);
+    Key(VK_ESCAPE);
+    EXPECT_FALSE(Dropped());
+    EXPECT_EQ(Selected(), 2);
+    EXPECT_EQ(form.comboCodes, (Codes{CBN_DROPDOWN, CBN_SELENDCANCEL, CBN_CLOSEUP}));
+    EXPECT_TRUE(form.log.empty());
+
+    // Taking the item already chosen reports no change; a closed box steps with the arrows.
+    form.comboCodes.clear();
+    Key(VK_F4);
+    Key(VK_F4);
+    EXPECT_EQ(form.comboCodes, (Codes{CBN_DROPDOWN, CBN_SELENDOK, CBN_CLOSEUP}));
+    form.comboCodes.clear();
+    Key(VK_UP);
+    EXPECT_EQ(Selected(), 1);
+    EXPECT_EQ(form.comboCodes, Codes{CBN_SELCHANGE});
+}
+
+TEST_F(ComboTest, TapsOpenTheListAndTakeTheTappedRowAndLeavingItCloses) {
+    SendMessageW(combo, WM_LBUTTONDOWN, 0, MAKELPARAM(5, 5));
+    ASSERT_TRUE(Dropped());
+    TapRow(1);
+    EXPECT_FALSE(Dropped());
+    EXPECT_EQ(Selected(), 1);
+    EXPECT_EQ(form.comboCodes, (Codes{CBN_DROPDOWN, CBN_SELCHANGE, CBN_SELENDOK, CBN_CLOSEUP}));
+
+    // A second tap on the box closes the list unchanged; so does the focus moving away.
+    form.comboCodes.clear();
+    SendMessageW(combo, WM_LBUTTONDOWN, 0, MAKELPARAM(5, 5));
+    SendMessageW(combo, WM_LBUTTONDOWN, 0, MAKELPARAM(5, 5));
+    EXPECT_FALSE(Dropped());
+    SendMessageW(combo, CB_SHOWDROPDOWN, TRUE, 0);
+    ASSERT_TRUE(Dropped());
+    SetFocus(item(kName));
+    EXPECT_FALSE(Dropped());
+    EXPECT_EQ(DropList(), nullptr);
+    EXPECT_EQ(Selected(), 1);
+    EXPECT_EQ(form.comboCodes, (Codes{CBN_DROPDOWN, CBN_SELENDCANCEL, CBN_CLOSEUP, CBN_DROPDOWN, CBN_SELENDCANCEL,
+                                      CBN_CLOSEUP}));
+
+    // The dialog may go while its list is open.
+    SendMessageW(combo, CB_SHOWDROPDOWN, TRUE, 0);
+    HWND list = DropList();
+    form.DestroyWindow();
+    EXPECT_FALSE(IsWindow(list));
+}
+
+TEST(Dialog, AutomaticRadioButtonsClearOnlyTheirOwnGroup) {
+    CDialogTemplate t;
+    auto radio = [](int id, DWORD group) {
+        return CDialogItemTemplate{L"BUTTON", L"r", id, BS_AUTORADIOBUTTON | group, RECT{0, id * 20, 100, id * 20 + 18}};
+    };
+    // Groups: {1, 2}, {3, 4}, {5 (a check box), 6}.
+    t.items = {radio(1, WS_GROUP), radio(2, 0), radio(3, WS_GROUP), radio(4, 0),
+               {L"BUTTON", L"c", 5, BS_AUTOCHECKBOX | WS_GROUP, RECT{0, 100, 100, 118}}, radio(6, 0)};
+    AfxRegisterDialogTemplate(L"RADIOS", t);
+    CDialog d;
+    ASSERT_TRUE(d.Create(L"RADIOS"));
+    auto click = [&](int id) { SendMessageW(GetDlgItem(d.m_hWnd, id), BM_CLICK, 0, 0); };
+    auto checked = [&] {
+        std::string marks;
+        for (int id = 1; id <= 6; ++id) marks += SendMessageW(GetDlgItem(d.m_hWnd, id), BM_GETCHECK, 0, 0) ? '1' : '0';
+        return marks;
+    };
+    click(1);
+    click(3);
+    EXPECT_EQ(checked(), "101000");
+    click(2);
+    EXPECT_EQ(checked(), "011000");
+    click(4);
+    EXPECT_EQ(checked(), "010100");
+    click(5);
+    click(6);
+    EXPECT_EQ(checked(), "010111") << "a group may hold other controls; its radio buttons still clear only within it";
+    click(2);
+    EXPECT_EQ(checked(), "010111");
 }
 
 TEST(Dialog, DoModalRunsItsOwnLoopAndReturnsTheEndValue) {

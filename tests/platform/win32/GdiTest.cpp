@@ -262,11 +262,7 @@ TEST(GdiBlit, ScrollDCMovesThePictureAndReportsTheUncoveredStrip) {
 
 TEST(GdiWindows, AWindowKeepsItsPictureBetweenDeviceContextsAndWhenResized) {
     kiv_test::TempDeviceRoot root;
-    WNDCLASSW wc{};
-    wc.lpfnWndProc = DefWindowProcW;
-    wc.lpszClassName = L"Plot";
-    ASSERT_NE(RegisterClassW(&wc), 0);
-    HWND window = CreateWindowExW(0, L"Plot", L"", WS_VISIBLE, 0, 0, 30, 20, nullptr, nullptr, nullptr, nullptr);
+    HWND window = kiv_test::MakePlainWindow(30, 20, WS_VISIBLE);
     ASSERT_NE(window, nullptr);
 
     HDC dc = GetDC(window);

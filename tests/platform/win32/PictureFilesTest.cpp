@@ -67,11 +67,7 @@ TEST(PictureFiles, EverySurfaceDepthRoundTripsThroughPngAndBmp) {
 TEST(PictureFiles, AWindowIsSavedAsItShowsAndReadBackByAnIndependentTool) {
     kiv_test::TempDeviceRoot root;
     if (!HaveImageTool()) GTEST_SKIP() << "ImageMagick's convert is not installed";
-    WNDCLASSW wc{};
-    wc.lpfnWndProc = DefWindowProcW;
-    wc.lpszClassName = L"Shown";
-    RegisterClassW(&wc);
-    HWND window = CreateWindowExW(0, L"Shown", L"", 0, 0, 0, 9, 4, nullptr, nullptr, nullptr, nullptr);
+    HWND window = kiv_test::MakePlainWindow(9, 4);
     HDC dc = GetDC(window);
     SetPixel(dc, 8, 3, RGB(0, 0, 255));
     SetPixel(dc, 2, 1, RGB(255, 128, 0));

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <map>
 #include <mutex>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -18,10 +20,12 @@ struct Seen {
     std::mutex lock;
     std::vector<std::pair<HWND, UINT>> messages;
     std::vector<WPARAM> arguments;
-    void Add(HWND h, UINT m, WPARAM w) {
+    std::vector<LPARAM> lArguments;
+    void Add(HWND h, UINT m, WPARAM w, LPARAM l) {
         std::lock_guard g(lock);
         messages.emplace_back(h, m);
         arguments.push_back(w);
+        lArguments.push_back(l);
     }
     size_t Count(UINT m) {
         std::lock_guard g(lock);
@@ -33,7 +37,7 @@ struct Seen {
 Seen seen;
 
 LRESULT CALLBACK Recording(HWND h, UINT m, WPARAM w, LPARAM l) {
-    seen.Add(h, m, w);
+    seen.Add(h, m, w, l);
     if (m == WM_CREATE && l) {
         const auto* create = reinterpret_cast<const CREATESTRUCTW*>(l);
         if (create->lpCreateParams == reinterpret_cast<LPVOID>(-1)) return -1;  // refuses to be created
@@ -51,6 +55,7 @@ protected:
             std::lock_guard g(seen.lock);
             seen.messages.clear();
             seen.arguments.clear();
+            seen.lArguments.clear();
         }
         for (const wchar_t* name : {L"Recording", L"Keybord Window"}) {
             WNDCLASSW c{};
@@ -136,6 +141,89 @@ TEST_F(Windows, CreationSendsNcCreateAndCreateAndKeepsParentIdTextAndClassForFin
     wchar_t name[32];
     EXPECT_EQ(GetClassNameW(keyboard, name, 32), 14);
     EXPECT_STREQ(name, L"Keybord Window");
+}
+
+namespace {
+// The WM_ACTIVATE messages seen so far, as "window:state:other window" with the windows
+// named as in `names` (- for none), and forgets them.
+std::string TakeActivations(const std::map<HWND, std::string>& names) {
+    auto name = [&](HWND w) { return names.count(w) ? names.at(w) : std::string("-"); };
+    std::string out;
+    std::lock_guard g(seen.lock);
+    for (size_t i = 0; i < seen.messages.size(); ++i) {
+        if (seen.messages[i].second != WM_ACTIVATE) continue;
+        out += (out.empty() ? "" : " ") + name(seen.messages[i].first) + ":" + std::to_string(LOWORD(seen.arguments[i])) +
+               ":" + name(reinterpret_cast<HWND>(seen.lArguments[i]));
+    }
+    seen.messages.clear();
+    seen.arguments.clear();
+    seen.lArguments.clear();
+    return out;
+}
+
+struct OtherThread {
+    HWND window = nullptr;
+    bool activeThere = false;
+};
+DWORD WINAPI ShowWindowOfItsOwn(LPVOID parameter) {
+    auto* other = static_cast<OtherThread*>(parameter);
+    other->window = CreateWindowExW(0, L"recording", L"t", WS_VISIBLE, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
+    other->activeThere = GetActiveWindow() == other->window;
+    DestroyWindow(other->window);
+    return 0;
+}
+}  // namespace
+
+TEST_F(Windows, ActivationFollowsShowingFocusHidingAndDestroyingAndTellsTheLoserFirst) {
+    // 0 is WA_INACTIVE, 1 WA_ACTIVE.
+    std::map<HWND, std::string> names;
+    HWND a = Make(L"a", 0);
+    names[a] = "a";
+    EXPECT_EQ(GetActiveWindow(), nullptr) << "a hidden window is not activated";
+    ShowWindow(a, SW_SHOW);
+    EXPECT_EQ(TakeActivations(names), "a:1:-");
+    HWND b = Make(L"b", WS_VISIBLE | WS_POPUP, a);
+    names[b] = "b";
+    EXPECT_EQ(TakeActivations(names), "a:0:b b:1:a");
+    EXPECT_EQ(GetActiveWindow(), b);
+    HWND child = Make(L"c", WS_CHILD | WS_VISIBLE, a, 5);
+    EXPECT_EQ(TakeActivations(names), "") << "a child is never the active window";
+    SetFocus(child);
+    EXPECT_EQ(TakeActivations(names), "b:0:a a:1:b") << "focus moved into a activates it";
+    EXPECT_EQ(GetActiveWindow(), a);
+    EXPECT_EQ(GetFocus(), child);
+    ShowWindow(b, SW_SHOWNA);
+    EXPECT_EQ(SetActiveWindow(b), a);
+    EXPECT_EQ(TakeActivations(names), "a:0:b b:1:a");
+
+    // A destroyed or hidden active window hands activation to a visible, enabled owner only.
+    DestroyWindow(b);
+    EXPECT_EQ(TakeActivations(names), "b:0:a a:1:b");
+    EnableWindow(a, FALSE);
+    HWND d = Make(L"d", WS_VISIBLE | WS_POPUP, a);
+    names[d] = "d";
+    EXPECT_EQ(GetActiveWindow(), d);
+    TakeActivations(names);
+    DestroyWindow(d);
+    EXPECT_EQ(TakeActivations(names), "d:0:-");
+    EXPECT_EQ(GetActiveWindow(), nullptr);
+    EnableWindow(a, TRUE);
+    ShowWindow(a, SW_SHOW);
+    ShowWindow(a, SW_HIDE);
+    EXPECT_EQ(TakeActivations(names), "a:1:- a:0:-");
+
+    // Another thread's window becomes active on that thread and leaves this one's alone.
+    ShowWindow(a, SW_SHOW);
+    TakeActivations(names);
+    OtherThread other;
+    HANDLE thread = CreateThread(nullptr, 0, ShowWindowOfItsOwn, &other, 0, nullptr);
+    WaitForSingleObject(thread, INFINITE);
+    CloseHandle(thread);
+    names[other.window] = "t";
+    EXPECT_TRUE(other.activeThere);
+    EXPECT_EQ(GetActiveWindow(), a);
+    EXPECT_EQ(TakeActivations(names), "t:1:- t:0:-");
+    DestroyWindow(a);
 }
 
 TEST_F(Windows, WindowTreeIsDestroyedWithItsChildren) {

@@ -1,6 +1,7 @@
 // kivutil settings and history, run as a user runs them: exit status and output.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 #include "tests/support/TestSupport.h"
@@ -34,4 +35,24 @@ TEST(KivutilHistory, AnExistingFileThatIsNoHistoryIsLeftAlone) {
         EXPECT_EQ(run.status, 2) << run.out;
         EXPECT_EQ(kiv_test::ReadFileBytes(host), content);
     }
+}
+
+TEST(KivutilArguments, WhatTheParserRefusesIsOneLineNamingWhatIsAccepted) {
+    const struct {
+        const char* args;
+        const char* says;
+    } cases[] = {
+        {"bogus", "kivutil: no command \"bogus\" in kivutil; the commands are length, angle,"},
+        {"vector frob", "kivutil: no command \"frob\" in kivutil vector; the commands are sample, info,"},
+        {"length 1 --decimals abc", "--decimals = abc; \"kivutil length --help\" says what is accepted"},
+        {"vector info --frob", "--frob; \"kivutil vector info --help\" says what is accepted"},
+        {"", "\"kivutil --help\" says what is accepted"},
+    };
+    for (const auto& c : cases) {
+        const ToolRun run = Kivutil(c.args);
+        EXPECT_EQ(run.status, 2) << c.args;
+        EXPECT_EQ(std::count(run.out.begin(), run.out.end(), '\n'), 1) << run.out;
+        EXPECT_NE(run.out.find(c.says), std::string::npos) << run.out;
+    }
+    EXPECT_EQ(Kivutil("--help").status, 0);
 }

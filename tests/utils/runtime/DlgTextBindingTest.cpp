@@ -20,15 +20,8 @@ const TKivControlText kControls[] = {{CKivDlgTextBinding::kCaption, IDS_TITLE},
 class DlgTextBinding : public ::testing::Test {
 protected:
     void SetUp() override {
-        WNDCLASSW wc{};
-        wc.lpfnWndProc = DefWindowProcW;
-        wc.lpszClassName = L"BindingTestWindow";
-        RegisterClassW(&wc);
-        dialog = CreateWindowExW(0, L"BindingTestWindow", L"", 0, 0, 0, 240, 320, nullptr, nullptr, nullptr, nullptr);
-        for (int id : {IDOK_BUTTON, IDCANCEL_BUTTON, IDC_HEIGHT_LABEL}) {
-            CreateWindowExW(0, L"BindingTestWindow", L"?", WS_CHILD, 0, 0, 50, 20, dialog,
-                            reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), nullptr, nullptr);
-        }
+        dialog = kiv_test::MakePlainWindow(240, 320);
+        for (int id : {IDOK_BUTTON, IDCANCEL_BUTTON, IDC_HEIGHT_LABEL}) kiv_test::MakePlainWindow(50, 20, WS_CHILD, dialog, id, L"?");
     }
     void TearDown() override {
         DestroyWindow(dialog);

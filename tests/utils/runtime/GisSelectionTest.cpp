@@ -20,11 +20,7 @@ struct Change {
 class GisSelection : public ::testing::Test {
 protected:
     void SetUp() override {
-        WNDCLASSW wc{};
-        wc.lpfnWndProc = DefWindowProcW;
-        wc.lpszClassName = L"MapView";
-        RegisterClassW(&wc);
-        view = CreateWindowExW(0, L"MapView", L"", 0, 0, 0, 240, 320, nullptr, nullptr, nullptr, nullptr);
+        view = kiv_test::MakePlainWindow(240, 320);
     }
     void TearDown() override { DestroyWindow(view); }
     // The change messages queued for the view, in order.

@@ -20,18 +20,12 @@ protected:
     HWND window = nullptr;
 
     void SetUp() override {
-        WNDCLASSW c{};
-        c.lpfnWndProc = DefWindowProcW;
-        c.lpszClassName = L"TicTimerTarget";
-        ASSERT_NE(RegisterClassW(&c), 0);
         window = NewWindow();
         ASSERT_NE(window, nullptr);
     }
     void TearDown() override { DestroyTicTimerThread(); }
 
-    static HWND NewWindow() {
-        return CreateWindowExW(0, L"TicTimerTarget", L"", WS_OVERLAPPED, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
-    }
+    static HWND NewWindow() { return kiv_test::MakePlainWindow(10, 10); }
 
     // Reads timer messages until `id` has arrived `count` times; returns how often each
     // identifier arrived meanwhile.

@@ -354,6 +354,109 @@ TEST_F(DlgBaseTest, ModalLoopEndsWithTheValueGivenToEndDialog) {
     EXPECT_EQ(kiv_ui::GetTopMostDialogCount(), 0);
 }
 
+// Presses keys into the message box from inside its own modal loop: each step is a
+// message posted to a plain window, which the box's loop dispatches; it presses one key
+// (into whatever has the focus then) and posts the next step behind the key's messages.
+struct BoxDriver {
+    static inline std::vector<std::vector<BYTE>> script;  // each step: keys held together, the last one pressed
+    static inline size_t step = 0;
+    static inline std::vector<BYTE> held;
+    static inline HWND owner = nullptr, box = nullptr;
+    static inline bool ownerEnabledDuring = true;
+    static inline CDlgBase* dialog = nullptr;
+    static inline bool boxActiveDuring = false, titleActiveDuring = true;
+    static inline std::wstring caption;
+    static inline HWND window = nullptr;
+    static inline WPARAM run = 0;  // a step left queued by an earlier box is not replayed
+
+    static LRESULT CALLBACK Proc(HWND w, UINT m, WPARAM wp, LPARAM lp) {
+        if (m != WM_APP) return DefWindowProcW(w, m, wp, lp);
+        if (wp != run) return 0;
+        if (step == 0) {
+            ownerEnabledDuring = IsWindowEnabled(owner) != FALSE;
+            boxActiveDuring = GetActiveWindow() == GetParent(GetFocus());
+            titleActiveDuring = dialog->GetTitlebar().IsActive() != FALSE;
+            box = GetParent(GetFocus());
+            wchar_t text[64] = {};
+            GetWindowTextW(box, text, 64);
+            caption = text;
+        }
+        // Keys held with the last one (Shift) stay down until its messages are handled.
+        for (BYTE k : held) keybd_event(k, 0, KEYEVENTF_KEYUP, 0);
+        held.clear();
+        if (step < script.size()) {
+            const std::vector<BYTE>& keys = script[step++];
+            for (BYTE k : keys) keybd_event(k, 0, 0, 0);
+            keybd_event(keys.back(), 0, KEYEVENTF_KEYUP, 0);
+            held.assign(keys.begin(), keys.end() - 1);
+            PostMessageW(w, WM_APP, run, 0);
+        }
+        return 0;
+    }
+    static int Run(CDlgBase& dialog, UINT type, std::vector<std::vector<BYTE>> keys, LPCWSTR boxCaption = L"") {
+        if (!window) {
+            WNDCLASSW wc{};
+            wc.lpfnWndProc = &Proc;
+            wc.lpszClassName = L"MessageBoxDriver";
+            RegisterClassW(&wc);
+            window = CreateWindowExW(0, L"MessageBoxDriver", L"", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
+        }
+        script = std::move(keys);
+        step = 0;
+        owner = dialog.m_hWnd;
+        BoxDriver::dialog = &dialog;
+        box = nullptr;
+        PostMessageW(window, WM_APP, ++run, 0);
+        return dialog.MessageBoxW(L"Store the point?", boxCaption, type, eSoundOk);
+    }
+};
+
+TEST_F(DlgBaseTest, MessageBoxAnswersWithThePressedButtonWhileItsOwnerWaits) {
+    CProbeDlg d;
+    ASSERT_TRUE(d.Create(L"DLGBASE_TEST"));
+    d.ShowWindow(SW_SHOW);
+    HWND field = GetDlgItem(d.m_hWnd, kEdit2);
+    SetFocus(field);
+    using Keys = std::vector<std::vector<BYTE>>;
+    const BYTE tab = VK_TAB, enter = VK_RETURN, escape = VK_ESCAPE, space = VK_SPACE;
+    const struct {
+        UINT type;
+        Keys keys;
+        int expected;
+    } cases[] = {
+        {MB_OK, {{enter}}, IDOK},
+        {MB_OK, {{escape}}, IDOK},  // a box without Cancel answers Escape with its only button
+        {MB_OKCANCEL, {{enter}}, IDOK},
+        {MB_OKCANCEL, {{escape}}, IDCANCEL},
+        {MB_OKCANCEL, {{tab}, {enter}}, IDCANCEL},
+        {MB_YESNO, {{enter}}, IDYES},
+        {MB_YESNO, {{escape}}, IDNO},
+        {MB_YESNO, {{tab}, {space}}, IDNO},
+        {MB_YESNOCANCEL, {{tab}, {enter}}, IDNO},
+        {MB_YESNOCANCEL, {{escape}}, IDCANCEL},
+        {MB_YESNOCANCEL, {{VK_SHIFT, tab}, {enter}}, IDCANCEL},  // Shift+Tab wraps to the last button
+        {MB_RETRYCANCEL, {{enter}}, IDRETRY},
+        {MB_ABORTRETRYIGNORE, {{tab}, {tab}, {enter}}, IDIGNORE},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(::testing::Message() << "type " << c.type << ", " << c.keys.size() << " key steps");
+        EXPECT_EQ(BoxDriver::Run(d, c.type | MB_ICONQUESTION, c.keys), c.expected);
+        EXPECT_NE(BoxDriver::box, nullptr) << "the box had the focus while it ran";
+        EXPECT_FALSE(BoxDriver::ownerEnabledDuring) << "the owner is disabled while the box runs";
+        EXPECT_TRUE(d.IsWindowEnabled()) << "and enabled again after";
+        EXPECT_FALSE(IsWindow(BoxDriver::box));
+        EXPECT_TRUE(BoxDriver::boxActiveDuring);
+        EXPECT_FALSE(BoxDriver::titleActiveDuring) << "the owner's title bar shows it inactive under the box";
+        EXPECT_TRUE(d.GetTitlebar().IsActive());
+        EXPECT_EQ(GetActiveWindow(), d.m_hWnd);
+        EXPECT_EQ(GetFocus(), field) << "the field that had the focus has it again";
+        EXPECT_EQ(BoxDriver::caption, L"Warning!") << "an empty caption warns";
+    }
+    EXPECT_EQ(BoxDriver::Run(d, MB_OK, {{enter}}, L"Stake out"), IDOK);
+    EXPECT_EQ(BoxDriver::caption, L"Stake out");
+    EXPECT_TRUE(IsWindow(d.m_hWnd));
+}
+
 TEST(DlgCtrlItem, WritesItsTranslatedTextIntoTheBoundControl) {
     RegisterSample();
     CProbeDlg d;
