@@ -18,6 +18,12 @@ TEST(KivStringEdges, FormatTakesWindowsLengthsAndNarrowArguments) {
     // A doubled percent is a percent, and what follows it is plain text.
     s.Format(L"100%%s %%c %%I64d %%%d", 7);
     EXPECT_EQ(s, L"100%s %c %I64d %7");
+    // A format cut short, or narrow text that does not decode, keeps what came before it
+    // at once, rather than growing the buffer in vain and giving nothing.
+    s.Format(L"cut at %");
+    EXPECT_EQ(s, L"cut at ");
+    s.Format(L"name %S|", "\xff\xfe");
+    EXPECT_EQ(s, L"name ");
 }
 
 TEST(KivStringEdges, SpansAndTrimsOverCharacterSets) {
