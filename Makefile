@@ -98,7 +98,9 @@ coverage: deps
 	      -DCMAKE_EXE_LINKER_FLAGS="--coverage" -DCMAKE_SHARED_LINKER_FLAGS="--coverage"
 	cmake --build build-coverage -j $(JOBS)
 	find build-coverage -name '*.gcda' -delete
-	cd build-coverage && ctest --output-on-failure -j $(JOBS)
+	# The installed-package check links a consumer without --coverage against these
+	# instrumented libraries, so it cannot link here; make test runs it.
+	cd build-coverage && ctest --output-on-failure -j $(JOBS) -E '^installed_package_consumer$$'
 	gcovr -r . --object-directory build-coverage --exclude-directories 'build-coverage/CMakeFiles' \
 	      --gcov-ignore-parse-errors --filter 'platform/' --filter 'utils/' \
 	      --exclude-throw-branches --exclude-unreachable-branches -j $(JOBS) \

@@ -6,7 +6,9 @@
 #include <wctype.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cwchar>
+#include <wchar.h>
 #include <vector>
 
 #include "platform/host/NeutralLocale.h"
@@ -78,13 +80,21 @@ std::wstring FormatWide(const wchar_t* format, va_list args) {
     for (;;) {
         va_list copy;
         va_copy(copy, args);
+        errno = 0;
         const int n = std::vswprintf(buffer.data(), buffer.size(), f.c_str(), copy);
+        const int error = errno;
         va_end(copy);
         if (n >= 0) {
             result.assign(buffer.data(), static_cast<size_t>(n));
             break;
         }
-        if (buffer.size() >= (1u << 24)) break;  // an encoding error, not a short buffer
+        // A short buffer fails without an error code; a bad format (a translated text
+        // ending in '%') or narrow text that does not decode sets one, and no larger
+        // buffer would help: the text formatted up to that point is the result.
+        if (error != 0 || buffer.size() >= (1u << 24)) {
+            result.assign(buffer.data(), ::wcsnlen(buffer.data(), buffer.size()));
+            break;
+        }
         buffer.resize(buffer.size() * 4);
     }
     uselocale(previous);
