@@ -52,7 +52,7 @@ sanitize: deps
 
 # The platform's threads, events, mutexes, message queues and registry, and the runtime
 # services and the tick timer built on them, under ThreadSanitizer.
-TSAN_TESTS = test_platform_win32 test_platform_mfc test_utils_runtime
+TSAN_TESTS = test_platform_win32 test_platform_mfc test_utils_runtime test_utils_ui
 tsan: deps
 	cmake -S . -B build-tsan -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKIV_WERROR=ON \
 	      -DKIV_BUILD_BENCH=OFF -DKIV_BUILD_TOOLS=OFF \

@@ -78,7 +78,10 @@ BOOL CDialog::CreateFromTemplate(const CDialogTemplate* t, CWnd*) {
     } else {
         ownerWnd = CWnd::FromHandlePermanent(m_hWndParent);
     }
-    const BOOL made = CreateEx(0, kAfxWndClass, t->caption.c_str(), WS_POPUP | (t->style & ~WS_VISIBLE), t->rect,
+    // A template styled WS_CHILD makes a dialog inside its parent (a property page);
+    // every other dialog is a popup owned by it.
+    const DWORD kind = (t->style & WS_CHILD) ? 0 : WS_POPUP;
+    const BOOL made = CreateEx(0, kAfxWndClass, t->caption.c_str(), kind | (t->style & ~WS_VISIBLE), t->rect,
                                ownerWnd, 0);
     if (ownerWnd == &owner) owner.Detach();
     if (!made) return FALSE;

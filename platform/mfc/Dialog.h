@@ -20,7 +20,7 @@ struct CDialogItemTemplate {
 
 struct CDialogTemplate {
     std::wstring caption;
-    DWORD style = 0;  // WS_POPUP is added
+    DWORD style = 0;  // WS_POPUP is added, unless WS_CHILD makes a dialog inside its parent
     RECT rect{0, 0, 240, 320};
     std::vector<CDialogItemTemplate> items;
 };

@@ -28,6 +28,9 @@
 #if __has_include("platform/win32/Memory.h")
 #include "platform/win32/Memory.h"
 #endif
+#include "platform/win32/Clipboard.h"
+#include "platform/win32/FileFind.h"
+#include "platform/win32/GlobalMemory.h"
 #if __has_include("platform/win32/Gdi.h")
 #include "platform/win32/Gdi.h"
 #include "platform/win32/GdiBlit.h"

@@ -1,6 +1,7 @@
 // kivutil dialog: a sample dialog of the library, initialised headless. "demo" saves it
 // as a picture, or with --show opens it in a desktop window; "keys" replays a key
-// sequence into it and prints the handlers that fired and the fields' final texts.
+// sequence into it and prints the handlers that fired and the fields' final texts;
+// "gallery" saves a picture of each class of the framework.
 #include <iostream>
 #include <map>
 #include <memory>
@@ -9,6 +10,7 @@
 
 #include "platform/host/TextCodec.h"
 #include "tools/kivutil/Command.h"
+#include "tools/kivutil/DialogGallery.h"
 #include "tools/kivutil/DialogView.h"
 #include "tools/kivutil/LiveView.h"
 #include "utils/ui/DlgBase.h"
@@ -262,6 +264,9 @@ kivutil::Registration dialog(60, [](CLI::App& app, std::function<int()>& run) {
         o->outputGiven = keys->count("--output") > 0;
         run = [o] { return RunDemo(*o, true); };
     });
+    auto* gallery = sub->add_subcommand("gallery", "Save a picture of each class of the dialog framework into a folder");
+    gallery->add_option("-o,--output", o->output, "folder for the pictures")->required();
+    gallery->callback([&run, o] { run = [o] { return kivutil::SaveDialogGallery(o->output); }; });
 });
 
 }  // namespace

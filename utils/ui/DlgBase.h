@@ -152,6 +152,10 @@ protected:
     LRESULT OnShowKeyInput(WPARAM wParam, LPARAM lParam);
     LRESULT HandleInitDialog(WPARAM wParam, LPARAM lParam);
 
+    // For dialogs that always live inside another dialog (property pages), whatever
+    // parent they were constructed with.
+    void SetChildOfDialog(bool child) { m_bChildOfDialog = child; }
+
     // Kept for derived dialogs: cleared by a key press no handler swallowed, and by the
     // release of Shift.
     BYTE m_bKeyPress = 0;

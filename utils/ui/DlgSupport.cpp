@@ -69,4 +69,17 @@ void RemoveTopMostDialog(HWND window) { std::erase(Stack(), window); }
 HWND GetTopMostDialog() { return Stack().empty() ? nullptr : Stack().back(); }
 int GetTopMostDialogCount() { return static_cast<int>(Stack().size()); }
 
+void FillColour(HDC dc, const RECT& rect, COLORREF colour) {
+    HBRUSH b = CreateSolidBrush(colour);
+    FillRect(dc, &rect, b);
+    DeleteObject(b);
+}
+
+void DrawFrame(HDC dc, const RECT& r, COLORREF colour) {
+    FillColour(dc, RECT{r.left, r.top, r.right, r.top + 1}, colour);
+    FillColour(dc, RECT{r.left, r.bottom - 1, r.right, r.bottom}, colour);
+    FillColour(dc, RECT{r.left, r.top, r.left + 1, r.bottom}, colour);
+    FillColour(dc, RECT{r.right - 1, r.top, r.right, r.bottom}, colour);
+}
+
 }  // namespace kiv_ui

@@ -12,6 +12,10 @@ namespace kiv_ui {
 HFONT StandardFont();
 HFONT BoldFont();
 
+// A one-pixel frame just inside the rectangle, and a filled rectangle, in a colour.
+void DrawFrame(HDC dc, const RECT& rect, COLORREF colour);
+void FillColour(HDC dc, const RECT& rect, COLORREF colour);
+
 // Sends WM_SETFONT to the window's children and, recursively, to theirs.
 void ApplyFontToDescendants(HWND window, HFONT font);
 

@@ -244,10 +244,8 @@ BOOL CTitlebar::DisplayMenu(LPCWSTR name) {
     const Item* button = Find(name);
     if (!button || !dialog_ || menu_.empty()) return FALSE;
     CloseMenu();
-    shown_.clear();
-    for (const auto& m : menu_) shown_.push_back(&m);
-    menuCurrent_ = 0;
-    while (menuCurrent_ < static_cast<int>(shown_.size()) && shown_[static_cast<size_t>(menuCurrent_)]->separator) ++menuCurrent_;
+    parents_.clear();
+    ShowEntries(menu_);
     RegisterBarClasses(&BarProc, &MenuProc);
     const int height = static_cast<int>(shown_.size()) * kMenuRow + 4;
     menuWindow_ = CreateWindowExW(0, kMenuClass, L"", WS_CHILD | WS_VISIBLE, button->rect.left, kTitlebarHeight,
@@ -260,7 +258,25 @@ BOOL CTitlebar::DisplayMenu(LPCWSTR name) {
     return TRUE;
 }
 
+void CTitlebar::ShowEntries(const std::vector<TTitlebarMenuItem>& entries) {
+    shown_.clear();
+    for (const auto& m : entries) shown_.push_back(&m);
+    menuCurrent_ = 0;
+    while (menuCurrent_ < static_cast<int>(shown_.size()) && shown_[static_cast<size_t>(menuCurrent_)]->separator) ++menuCurrent_;
+}
+
+void CTitlebar::BackOrClose() {
+    if (parents_.empty()) return CloseMenu();
+    shown_ = std::move(parents_.back().first);
+    menuCurrent_ = parents_.back().second;
+    parents_.pop_back();
+    MoveWindow(menuWindow_, GetItemRect(L"A").left, kTitlebarHeight, kMenuWidth, static_cast<int>(shown_.size()) * kMenuRow + 4,
+               TRUE);
+    PaintMenu();
+}
+
 void CTitlebar::CloseMenu() {
+    parents_.clear();
     if (!menuWindow_) return;
     HWND w = menuWindow_;
     menuWindow_ = nullptr;
@@ -278,10 +294,10 @@ void CTitlebar::ChooseMenuItem(int index) {
     const TTitlebarMenuItem* m = shown_[static_cast<size_t>(index)];
     if (m->separator || !m->enabled) return;
     if (!m->popup.empty()) {
-        // A popup replaces the list with its own entries.
-        shown_.clear();
-        for (const auto& p : m->popup) shown_.push_back(&p);
-        menuCurrent_ = 0;
+        // A popup replaces the list with its own entries; Left or Escape brings the list
+        // above back.
+        parents_.emplace_back(shown_, index);
+        ShowEntries(m->popup);
         MoveWindow(menuWindow_, GetItemRect(L"A").left, kTitlebarHeight, kMenuWidth,
                    static_cast<int>(shown_.size()) * kMenuRow + 4, TRUE);
         PaintMenu();
@@ -350,7 +366,9 @@ LRESULT CALLBACK CTitlebar::MenuProc(HWND w, UINT message, WPARAM wParam, LPARAM
             if (wParam == VK_DOWN) step(1);
             else if (wParam == VK_UP) step(-1);
             else if (wParam == VK_RETURN) bar->ChooseMenuItem(bar->menuCurrent_);
-            else if (wParam == VK_ESCAPE) bar->CloseMenu();
+            else if (wParam == VK_RIGHT && count && !bar->shown_[static_cast<size_t>(bar->menuCurrent_)]->popup.empty())
+                bar->ChooseMenuItem(bar->menuCurrent_);
+            else if (wParam == VK_ESCAPE || wParam == VK_LEFT) bar->BackOrClose();
             return 0;
         case WM_LBUTTONUP: bar->ChooseMenuItem((static_cast<short>(HIWORD(static_cast<DWORD_PTR>(lParam))) - 2) / kMenuRow); return 0;
         case WM_KILLFOCUS: {

@@ -66,7 +66,8 @@ public:
     BOOL EnableTbarMenuItem(UINT id, BOOL state);
     const std::vector<TTitlebarMenuItem>& GetMenuItems() const { return menu_; }
     // Opens the menu under the named button; the chosen entry's command goes to the
-    // dialog as WM_COMMAND. Up, Down, Enter, Escape and taps work in it.
+    // dialog as WM_COMMAND. Up and Down move, Enter (or Right on a sub-menu's entry) opens
+    // a sub-menu or chooses, Left and Escape go back to the menu above or close it.
     BOOL DisplayMenu(LPCWSTR name);
     HWND GetMenuWindow() const { return menuWindow_; }
     void CloseMenu();
@@ -97,8 +98,19 @@ private:
     HWND window_ = nullptr;
     HWND menuWindow_ = nullptr;
     HWND focusBeforeMenu_ = nullptr;
+    void ShowEntries(const std::vector<TTitlebarMenuItem>& entries);
+    void BackOrClose();
     std::vector<const TTitlebarMenuItem*> shown_;  // the entries the open menu lists
     int menuCurrent_ = 0;
+    // The menus above an open sub-menu, each with the entry that opened it.
+    std::vector<std::pair<std::vector<const TTitlebarMenuItem*>, int>> parents_;
+public:
+    // What the open menu lists (null entries none), the current entry and the depth of
+    // sub-menus, for screens that show or test where the user is.
+    const std::vector<const TTitlebarMenuItem*>& GetShownMenuItems() const { return shown_; }
+    int GetCurrentMenuItem() const { return menuCurrent_; }
+    int GetMenuDepth() const { return static_cast<int>(parents_.size()); }
+private:
     HFONT font_ = nullptr;
     bool active_ = true;
     int pressed_ = -1;
