@@ -716,17 +716,25 @@ bool Reached(const timespec& now, const timespec& deadline) {
     return now.tv_sec != deadline.tv_sec ? now.tv_sec > deadline.tv_sec : now.tv_nsec >= deadline.tv_nsec;
 }
 
+// A 32-bit build with a 64-bit time_t hands the kernel 64-bit times through the call
+// made for them; the older call would read half a timespec.
+#if defined(SYS_futex_time64)
+constexpr long kFutexCall = sizeof(timespec::tv_sec) > sizeof(long) ? SYS_futex_time64 : SYS_futex;
+#else
+constexpr long kFutexCall = SYS_futex;
+#endif
+
 // Waits while `word` holds `seen`, until woken or the monotonic clock reaches `deadline`
 // (null: no limit). Returns early on any signal; callers look again.
 void WaitOnWord(std::atomic<std::uint32_t>& word, std::uint32_t seen, const timespec* deadline) {
     static_assert(sizeof(std::atomic<std::uint32_t>) == sizeof(std::uint32_t));
-    ::syscall(SYS_futex, reinterpret_cast<std::uint32_t*>(&word), FUTEX_WAIT_BITSET | FUTEX_PRIVATE_FLAG, seen,
+    ::syscall(kFutexCall, reinterpret_cast<std::uint32_t*>(&word), FUTEX_WAIT_BITSET | FUTEX_PRIVATE_FLAG, seen,
               deadline, nullptr, FUTEX_BITSET_MATCH_ANY);
 }
 
 void WakeWord(std::atomic<std::uint32_t>& word) {
     word.fetch_add(1);
-    ::syscall(SYS_futex, reinterpret_cast<std::uint32_t*>(&word), FUTEX_WAKE | FUTEX_PRIVATE_FLAG, INT32_MAX, nullptr,
+    ::syscall(kFutexCall, reinterpret_cast<std::uint32_t*>(&word), FUTEX_WAKE | FUTEX_PRIVATE_FLAG, INT32_MAX, nullptr,
               nullptr, 0);
 }
 

@@ -14,6 +14,7 @@
 
 #include "platform/host/Host.h"
 #include "platform/win32/GdiObjects.h"
+#include "platform/win32/MessageBatch.h"
 #include "platform/win32/RegistryTree.h"  // FoldName: class names ignore case as registry names do
 #include "platform/win32/Sync.h"
 #include "platform/win32/ThreadContext.h"

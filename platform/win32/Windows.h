@@ -227,13 +227,3 @@ void PostQuitMessage(int exitCode);
 // WM_NCCREATE takes the window text, WM_SETTEXT / WM_GETTEXT / WM_GETTEXTLENGTH keep it,
 // WM_CLOSE destroys the window; everything else answers 0.
 LRESULT DefWindowProcW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
-
-namespace kiv_win32 {
-// Posts `count` messages, each as PostMessageW would post it (its window, message and
-// parameters), in order. Messages in a row for windows of one thread are queued under
-// one lock and wake that thread once, so a caller with many messages at a time (the
-// tick timer) pays for about one post. A message PostMessageW would refuse (a null or
-// broadcast window is posted as PostMessageW does it; a window that is gone or whose
-// thread has ended is refused) is left out. Returns how many were posted.
-int PostMessages(const MSG* messages, int count);
-}  // namespace kiv_win32

@@ -12,6 +12,7 @@
 #include "platform/kivutils/KivLog.h"
 #include "platform/mfc/SyncObjects.h"
 #include "platform/mfc/WinThread.h"
+#include "platform/win32/MessageBatch.h"
 
 namespace {
 

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/win32/MessageBatch.h"
 #include "platform/win32/Win32.h"
 #include "tests/support/TestSupport.h"
 
