@@ -2,8 +2,11 @@
 // through BlockUntil, which is also where TerminateThread catches up with a thread.
 #include "platform/win32/Sync.h"
 
+#include <linux/futex.h>
 #include <pthread.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -701,6 +704,42 @@ DWORD ResumeThread(HANDLE handle) {
     return 1;
 }
 
+namespace {
+
+timespec MonotonicNow() {
+    timespec now{};
+    ::clock_gettime(CLOCK_MONOTONIC, &now);
+    return now;
+}
+
+bool Reached(const timespec& now, const timespec& deadline) {
+    return now.tv_sec != deadline.tv_sec ? now.tv_sec > deadline.tv_sec : now.tv_nsec >= deadline.tv_nsec;
+}
+
+// A 32-bit build with a 64-bit time_t hands the kernel 64-bit times through the call
+// made for them; the older call would read half a timespec.
+#if defined(SYS_futex_time64)
+constexpr long kFutexCall = sizeof(timespec::tv_sec) > sizeof(long) ? SYS_futex_time64 : SYS_futex;
+#else
+constexpr long kFutexCall = SYS_futex;
+#endif
+
+// Waits while `word` holds `seen`, until woken or the monotonic clock reaches `deadline`
+// (null: no limit). Returns early on any signal; callers look again.
+void WaitOnWord(std::atomic<std::uint32_t>& word, std::uint32_t seen, const timespec* deadline) {
+    static_assert(sizeof(std::atomic<std::uint32_t>) == sizeof(std::uint32_t));
+    ::syscall(kFutexCall, reinterpret_cast<std::uint32_t*>(&word), FUTEX_WAIT_BITSET | FUTEX_PRIVATE_FLAG, seen,
+              deadline, nullptr, FUTEX_BITSET_MATCH_ANY);
+}
+
+void WakeWord(std::atomic<std::uint32_t>& word) {
+    word.fetch_add(1);
+    ::syscall(kFutexCall, reinterpret_cast<std::uint32_t*>(&word), FUTEX_WAKE | FUTEX_PRIVATE_FLAG, INT32_MAX, nullptr,
+              nullptr, 0);
+}
+
+}  // namespace
+
 BOOL TerminateThread(HANDLE handle, DWORD exitCode) {
     auto thread = FindThreadHandle(handle);
     if (!thread) return FALSE;
@@ -719,6 +758,7 @@ BOOL TerminateThread(HANDLE handle, DWORD exitCode) {
         std::lock_guard g(waiting->lock);
         waiting->changed.notify_all();
     }
+    WakeWord(target.sleepWord);  // a thread in Sleep waits there instead
     return TRUE;
 }
 
@@ -757,14 +797,29 @@ DWORD GetCurrentThreadId() { return kiv_win32::detail::CurrentThread().id; }
 // ---- time ---------------------------------------------------------------------------------------
 
 void Sleep(DWORD milliseconds) {
+    using kiv_win32::detail::CancelPending;
     ThreadContext& self = kiv_win32::detail::CurrentThread();
     if (milliseconds == 0) {
         kiv_win32::detail::CancellationPoint();
         std::this_thread::yield();
         return;
     }
-    std::unique_lock held(self.sleepPoint->lock);
-    BlockUntil(self.sleepPoint, held, milliseconds, [] { return false; });
+    timespec deadline = MonotonicNow();
+    deadline.tv_sec += static_cast<time_t>(milliseconds / 1000);
+    deadline.tv_nsec += static_cast<long>(milliseconds % 1000) * 1000000L;
+    if (deadline.tv_nsec >= 1000000000L) {
+        ++deadline.tv_sec;
+        deadline.tv_nsec -= 1000000000L;
+    }
+    for (;;) {
+        // The word is read before the cancellation is checked: TerminateThread asks first
+        // and changes the word after, so either this check sees the request or the wait
+        // finds the word changed and returns at once.
+        const std::uint32_t seen = self.sleepWord.load();
+        if (CancelPending(self)) throw ThreadCancelled{self.cancelExitCode.load()};
+        if (milliseconds != INFINITE && Reached(MonotonicNow(), deadline)) return;
+        WaitOnWord(self.sleepWord, seen, milliseconds == INFINITE ? nullptr : &deadline);
+    }
 }
 
 DWORD GetTickCount() {

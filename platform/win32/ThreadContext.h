@@ -6,6 +6,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -38,7 +39,10 @@ struct ThreadContext {
     // runs to the end whatever TerminateThread asks.
     std::atomic<bool> ending{false};
 
-    std::shared_ptr<WaitPoint> sleepPoint = std::make_shared<WaitPoint>();
+    // Sleep waits on this word alone, to an absolute deadline; TerminateThread changes
+    // it and wakes the sleeper. A sleeping thread thus costs one wait per Sleep, with no
+    // lock to take and nothing to wake when the time runs out.
+    std::atomic<std::uint32_t> sleepWord{0};
 
     std::mutex lock;  // guards the two members below
     std::shared_ptr<WaitPoint> waitingOn;

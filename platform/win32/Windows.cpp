@@ -7,12 +7,14 @@
 
 #include <algorithm>
 #include <cstring>
+#include <deque>
 #include <list>
 #include <unordered_map>
 #include <vector>
 
 #include "platform/host/Host.h"
 #include "platform/win32/GdiObjects.h"
+#include "platform/win32/MessageBatch.h"
 #include "platform/win32/RegistryTree.h"  // FoldName: class names ignore case as registry names do
 #include "platform/win32/Sync.h"
 #include "platform/win32/ThreadContext.h"
@@ -43,7 +45,7 @@ struct SentMessage {
 // matched nothing sleeps until something new comes.
 struct MessageQueue {
     std::shared_ptr<WaitPoint> point = std::make_shared<WaitPoint>();
-    std::list<MSG> posted;
+    std::deque<MSG> posted;  // taken mostly from the front: no allocation per message
     std::list<std::shared_ptr<SentMessage>> sent;
     bool quit = false;
     int quitCode = 0;
@@ -105,6 +107,9 @@ struct Window {
     DWORD exStyle = 0;
     RECT rect{};  // relative to the parent's client area for a child, else the screen
     DWORD thread = 0;
+    // The owner thread's queue, so that a post finds it without the thread registry;
+    // gone once the thread has ended.
+    std::weak_ptr<MessageQueue> queue;
     HINSTANCE instance = nullptr;
     LONG_PTR userData = 0;
     std::unordered_map<int, LONG_PTR> extra;
@@ -461,6 +466,7 @@ HWND CreateWindowExW(DWORD exStyle, LPCWSTR className, LPCWSTR windowName, DWORD
         SetLastError(ERROR_TLW_WITH_WSCHILD);
         return nullptr;
     }
+    const std::shared_ptr<MessageQueue> queue = QueueOf(kiv_win32::detail::CurrentThread());
     auto w = std::make_shared<Window>();
     {
         WindowTable& t = Table();
@@ -486,6 +492,7 @@ HWND CreateWindowExW(DWORD exStyle, LPCWSTR className, LPCWSTR windowName, DWORD
         w->exStyle = exStyle;
         w->rect = RECT{value(x), value(y), value(x) + value(width), value(y) + value(height)};
         w->thread = GetCurrentThreadId();
+        w->queue = queue;
         w->instance = instance;
         t.windows.emplace(reinterpret_cast<std::uintptr_t>(w->handle), w);
         if (parentWindow) parentWindow->children.push_back(w->handle);
@@ -907,15 +914,73 @@ BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
         return TRUE;
     }
     if (!window) return PostThreadMessageW(GetCurrentThreadId(), message, wParam, lParam);
-    DWORD owner = 0;
-    if (!WithWindow(window, [&](Window& w) { owner = w.thread; })) return FALSE;
-    auto queue = QueueOfThread(owner);
+    std::weak_ptr<MessageQueue> owner;
+    if (!WithWindow(window, [&](Window& w) { owner = w.queue; })) return FALSE;
+    auto queue = owner.lock();
     if (!queue) {
         SetLastError(ERROR_INVALID_WINDOW_HANDLE);  // its thread has ended
         return FALSE;
     }
     Enqueue(*queue, MSG{window, message, wParam, lParam, GetTickCount(), {0, 0}});
     return TRUE;
+}
+
+int kiv_win32::PostMessages(const MSG* messages, int count) {
+    int posted = 0;
+    bool refused = false;
+    std::vector<std::uint8_t> alive(static_cast<std::size_t>(std::max(count, 0)));
+    const DWORD now = GetTickCount();
+    for (int first = 0; first < count;) {
+        const HWND window = messages[first].hwnd;
+        if (!window || window == HWND_BROADCAST) {
+            const MSG& m = messages[first++];
+            if (PostMessageW(m.hwnd, m.message, m.wParam, m.lParam)) ++posted;
+            continue;
+        }
+        // The run of messages for the windows of one thread, looked up under one lock of
+        // the window table; windows that are gone stay in the run and are left out.
+        int end = first;
+        bool owned = false;
+        DWORD owner = 0;
+        std::weak_ptr<MessageQueue> target;
+        {
+            WindowTable& t = Table();
+            std::lock_guard g(t.lock);
+            for (; end < count; ++end) {
+                const HWND h = messages[end].hwnd;
+                if (!h || h == HWND_BROADCAST) break;
+                const Window* w = Find(t, h);
+                alive[end] = w != nullptr;
+                if (!w) continue;
+                if (!owned) {
+                    owned = true;
+                    owner = w->thread;
+                    target = w->queue;
+                } else if (w->thread != owner) {
+                    break;
+                }
+            }
+        }
+        int queued = 0;
+        if (auto queue = target.lock()) {
+            {
+                std::lock_guard g(queue->point->lock);
+                for (int i = first; i < end; ++i) {
+                    if (!alive[i]) continue;
+                    const MSG& m = messages[i];
+                    queue->posted.push_back(MSG{m.hwnd, m.message, m.wParam, m.lParam, now, {0, 0}});
+                    ++queued;
+                }
+                queue->version += static_cast<std::uint64_t>(queued);
+            }
+            if (queued > 0) queue->point->changed.notify_all();
+        }
+        posted += queued;
+        refused = refused || queued < end - first;
+        first = end;
+    }
+    if (refused) SetLastError(ERROR_INVALID_WINDOW_HANDLE);
+    return posted;
 }
 
 BOOL PostThreadMessageW(DWORD threadId, UINT message, WPARAM wParam, LPARAM lParam) {

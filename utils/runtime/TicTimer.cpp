@@ -12,6 +12,7 @@
 #include "platform/kivutils/KivLog.h"
 #include "platform/mfc/SyncObjects.h"
 #include "platform/mfc/WinThread.h"
+#include "platform/win32/MessageBatch.h"
 
 namespace {
 
@@ -51,8 +52,13 @@ CWinThread* thread = nullptr;
 void Log(const wchar_t* text) { kiv_err_log("TicTimer", __LINE__, text); }
 
 // One pass over the table: count down every live timer and post to those that are due.
-// The scan ends after as many occupied slots as there are timers.
+// The scan ends after as many occupied slots as there are timers. The due messages are
+// posted together as the scan ends, still under the table lock and in table order, each
+// to its own window: one lock of the receiving queue and one wake-up for all of them,
+// where a post per slot took and woke it for each.
 void Tick(TicTimer& t) {
+    MSG due[kSlots];
+    int dueCount = 0;
     CSingleLock guard(&t.lock, TRUE);
     int remaining = t.active;
     for (Slot& slot : t.slots) {
@@ -63,7 +69,7 @@ void Tick(TicTimer& t) {
             // wraps and never fires. Kept: screens rely on such a timer staying silent.
             if (--slot.countdown == 0) {
                 slot.countdown = slot.reload;
-                PostMessageW(slot.window, WM_TIC_TIMER, slot.id, 0);
+                due[dueCount++] = MSG{slot.window, WM_TIC_TIMER, slot.id, 0, 0, {0, 0}};
             }
         } else {
             // The window went without killing its timers.
@@ -72,6 +78,7 @@ void Tick(TicTimer& t) {
         }
         --remaining;
     }
+    kiv_win32::PostMessages(due, dueCount);
 }
 
 void SignalNamed(const wchar_t* name) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numbers>
 
 namespace {
@@ -48,13 +49,6 @@ bool touchedQuadrants(const BoundingBox& node, const BoundingBox& item, bool tou
 double snapped(double value) { return std::fabs(value) <= 1e-12 ? 0.0 : value; }
 
 }  // namespace
-
-int quadrantOf(const BoundingBox& box, double x, double y) {
-    const double dx = x - (box.left + box.getWidth() / 2);
-    const double dy = y - (box.bottom + box.getHeight() / 2);
-    if (dy >= 0) return dx < 0 ? 0 : 1;
-    return dx < 0 ? 2 : 3;
-}
 
 void quadrantsOf(const BoundingBox& box, BoundingBox quadrants[4]) {
     const double cx = box.left + box.getWidth() / 2;
@@ -117,44 +111,79 @@ bool PointBuffer::split(const BoundingBox& box, std::shared_ptr<IRenderableBuffe
 
 // ---- lines ---------------------------------------------------------------------------
 
-std::shared_ptr<LineBuffer> LineBuffer::fromBlob(const VectorBlob& blob) {
-    std::vector<Feature> features;
-    if (const VectorFormat::LinesList* lines = blob.getLinesList()) {
-        features.reserve(lines->getCount());
-        for (std::uint32_t i = 0; i < lines->getCount(); ++i) features.push_back(featureOf(blob, i));
+LineStore::LineStore(std::uint32_t size)
+    : size_(size), segments_(new Segment[size]), polyLines_(new int[size]) {}
+
+std::shared_ptr<const LineStore> LineStore::fromBlob(const VectorBlob& blob) {
+    const VectorFormat::LinesList* lines = blob.getLinesList();
+    if (lines == nullptr) return std::shared_ptr<const LineStore>(new LineStore());
+    std::shared_ptr<LineStore> store(new LineStore(lines->getCount()));
+    for (std::uint32_t i = 0; i < store->size_; ++i) {
+        const TCoord3d a = lines->getStart(i), b = lines->getEnd(i);
+        store->segments_[i] = {a.x, a.y, b.x, b.y};
     }
-    return std::make_shared<LineBuffer>(std::move(features));
+    blob.getLinePolyLineIndices(store->polyLines_.get());
+    return store;
+}
+
+LineStore::LineStore(const std::vector<TLineFeature>& features) : LineStore(static_cast<std::uint32_t>(features.size())) {
+    lineIndices_.reset(new std::uint32_t[size_]);
+    for (std::uint32_t i = 0; i < size_; ++i) {
+        const TLineFeature& f = features[i];
+        segments_[i] = {f.x1, f.y1, f.x2, f.y2};
+        polyLines_[i] = f.polyLine;
+        lineIndices_[i] = f.index;
+    }
+}
+
+std::shared_ptr<LineBuffer> LineBuffer::fromBlob(const VectorBlob& blob) {
+    std::shared_ptr<const LineStore> store = LineStore::fromBlob(blob);
+    BoundingBox box;
+    for (std::uint32_t i = 0; i < store->size(); ++i) {
+        const LineStore::Segment& s = store->segment(i);
+        box.widen(boxOfSegment(s.x1, s.y1, s.x2, s.y2));
+    }
+    const std::uint32_t count = store->size();
+    return std::make_shared<LineBuffer>(std::move(store), nullptr, count, box);
 }
 
 LineBuffer::Feature LineBuffer::featureOf(const VectorBlob& blob, std::uint32_t index) {
     const VectorFormat::LinesList* lines = blob.getLinesList();
     const TCoord3d a = lines->getStart(index), b = lines->getEnd(index);
-    return {a.x, a.y, b.x, b.y, index, blob.getLinePolyLineIndex(index), a.z, b.z};
+    return {a.x, a.y, b.x, b.y, index, blob.getLinePolyLineIndex(index)};
 }
 
-LineBuffer::LineBuffer(std::vector<Feature> features) : FeatureBuffer(std::move(features)) {
-    for (const Feature& f : features_) box_.widen(boxOfSegment(f.x1, f.y1, f.x2, f.y2));
+LineBuffer::LineBuffer(const std::vector<Feature>& features)
+    : store_(std::make_shared<const LineStore>(features)), count_(store_->size()) {
+    for (const Feature& f : features) box_.widen(boxOfSegment(f.x1, f.y1, f.x2, f.y2));
 }
+
+LineBuffer::LineBuffer(std::shared_ptr<const LineStore> store, std::unique_ptr<std::uint32_t[]> positions,
+                       std::uint32_t count, const BoundingBox& box)
+    : store_(std::move(store)), positions_(std::move(positions)), count_(count), box_(box) {}
 
 void LineBuffer::render(const TRenderContext& context) const {
     const VectorFormat::LinesList* lines = context.blob->getLinesList();
     if (lines == nullptr) return;
     const BoundingBox view = context.renderer->getViewport();
     // Lines of one polyline share its style, and they mostly come in a row: the style
-    // is looked up again only when the polyline changes. The ends come from the buffer's
-    // own copy, so drawing a line touches the image only for a new style.
+    // is looked up again only when the polyline changes.
     int stylePolyLine = -1;
     bool styleFound = false;
     TLineStyle style;
-    for (const Feature& f : features_) {
-        if (f.index >= lines->getCount() || !context.firstInPass(&TRenderMarks::lines, f.index)) continue;
-        if (f.polyLine < 0 || f.polyLine != stylePolyLine) {
-            styleFound = context.blob->getLineStyle(f.index, style);
-            stylePolyLine = f.polyLine;
+    for (std::uint32_t i = 0; i < count_; ++i) {
+        const std::uint32_t at = positionOf(i);
+        const std::uint32_t index = store_->lineIndex(at);
+        const int polyLine = store_->polyLine(at);
+        if (index >= lines->getCount() || !context.firstInPass(&TRenderMarks::lines, index)) continue;
+        if (polyLine < 0 || polyLine != stylePolyLine) {
+            styleFound = context.blob->getLineStyle(index, style);
+            stylePolyLine = polyLine;
         }
         if (!styleFound) continue;
-        const TCoord3d ends[2] = {context.from->convert(f.x1, f.y1, f.z1, *context.to),
-                                  context.from->convert(f.x2, f.y2, f.z2, *context.to)};
+        const LineStore::Segment& s = store_->segment(at);
+        const TCoord3d ends[2] = {context.from->convert(s.x1, s.y1, lines->getStart(index).z, *context.to),
+                                  context.from->convert(s.x2, s.y2, lines->getEnd(index).z, *context.to)};
         if (!view.intersects(boxOfSegment(ends[0].x, ends[0].y, ends[1].x, ends[1].y))) continue;
         context.renderer->drawPolyline(ends, 2, style);
         context.countDrawn();
@@ -163,36 +192,124 @@ void LineBuffer::render(const TRenderContext& context) const {
 
 void LineBuffer::pick(const TCoord2d& at, double tolerance, bool, bool lines, TPickResult& best) const {
     if (!lines) return;
-    for (const Feature& f : features_) {
-        if (f.polyLine < 0) continue;  // a line of no polyline has no name to be staked by
-        const TCoord2d nearest = nearestOnSegment(at, f.x1, f.y1, f.x2, f.y2);
-        offer(best, tolerance, TPickResult::eLine, f.polyLine, std::hypot(at.x - nearest.x, at.y - nearest.y), nearest);
+    for (std::uint32_t i = 0; i < count_; ++i) {
+        const std::uint32_t position = positionOf(i);
+        const int polyLine = store_->polyLine(position);
+        if (polyLine < 0) continue;  // a line of no polyline has no name to be staked by
+        const LineStore::Segment& s = store_->segment(position);
+        const TCoord2d nearest = nearestOnSegment(at, s.x1, s.y1, s.x2, s.y2);
+        offer(best, tolerance, TPickResult::eLine, polyLine, std::hypot(at.x - nearest.x, at.y - nearest.y), nearest);
     }
 }
+
+namespace {
+
+// The quadrant of (x, y) around the centre (cx, cy), as quadrantOf, without a branch:
+// lines fall in the quadrants at random, so a branch would miss half the time.
+inline unsigned quadrantAround(double cx, double cy, double x, double y) {
+    const unsigned right = !(x - cx < 0);
+    const unsigned lower = !(y - cy >= 0);
+    return right + 2 * lower;
+}
+
+// Widens `box` by a valid box, as BoundingBox::widen does, where `box` starts from
+// `kNothingYet`: the first box is then taken whole, as the empty box takes it.
+inline void widenByValid(BoundingBox& box, const BoundingBox& other) {
+    box.left = std::min(box.left, other.left);
+    box.bottom = std::min(box.bottom, other.bottom);
+    box.right = std::max(box.right, other.right);
+    box.top = std::max(box.top, other.top);
+}
+constexpr double kInf = std::numeric_limits<double>::infinity();
+const BoundingBox kNothingYet(kInf, -kInf, -kInf, kInf);
+
+constexpr std::uint32_t kPrefetchAhead = 48;
+inline void prefetch(const void* address) {
+#if defined(__GNUC__) || defined(__clang__)
+    __builtin_prefetch(address);
+#else
+    (void)address;
+#endif
+}
+
+// Where a line of a split goes: one quadrant (0-3), several (kSeveral, the mask kept
+// apart) or none (kNone, its box misses the node's).
+constexpr std::uint8_t kSeveral = 4, kNone = 5;
+
+}  // namespace
 
 bool LineBuffer::split(const BoundingBox& box, std::shared_ptr<IRenderableBuffer> parts[4]) const {
     const double cx = box.left + box.getWidth() / 2;
     const double cy = box.bottom + box.getHeight() / 2;
-    std::vector<Feature> quarters[4];
-    for (const Feature& f : features_) {
-        if (!box.intersects(boxOfSegment(f.x1, f.y1, f.x2, f.y2))) continue;
-        const int a = quadrantOf(box, f.x1, f.y1);
-        const int b = quadrantOf(box, f.x2, f.y2);
-        quarters[a].push_back(f);
-        if (b == a) continue;
-        quarters[b].push_back(f);
-        if (a + b != 3) continue;  // side by side: the two quadrants of its ends suffice
-        // Diagonally opposite ends: the segment also passes one of the two other
-        // quadrants, told by where it crosses the horizontal dividing line.
-        const double crossX = f.x1 + (cy - f.y1) * (f.x2 - f.x1) / (f.y2 - f.y1);
-        const bool crossesRight = snapped(crossX - cx) >= 0;
-        const bool fromUpperLeft = (a == 0 || b == 0);
-        // 0-3 runs down the left side (2) or the right (1); 1-2 the right (3) or the left (0).
-        const int third = fromUpperLeft ? (crossesRight ? 1 : 2) : (crossesRight ? 3 : 0);
-        quarters[third].push_back(f);
+    // First where every line goes, with each quadrant's count and box; then each
+    // quadrant's positions, in exactly the space they need. A quadrant's box widens in
+    // the order the quadrant lists its lines, as a buffer made of those lines would.
+    // Short lines lie in one quadrant; the few across a dividing line keep their
+    // quadrants as a mask of their own.
+    std::unique_ptr<std::uint8_t[]> where(new std::uint8_t[count_]);
+    std::vector<std::uint8_t> masks;
+    std::uint32_t counts[4] = {};
+    BoundingBox boxes[4] = {kNothingYet, kNothingYet, kNothingYet, kNothingYet};
+    for (std::uint32_t i = 0; i < count_; ++i) {
+        // Below the root a buffer's lines lie scattered over the store, every one on a
+        // cache line of its own that no hardware prefetcher foresees: asking for the
+        // lines some way ahead keeps many misses in flight instead of waiting for each.
+        if (positions_ && i + kPrefetchAhead < count_) prefetch(&store_->segment(positions_[i + kPrefetchAhead]));
+        const LineStore::Segment& f = store_->segment(positionOf(i));
+        const BoundingBox segmentBox = boxOfSegment(f.x1, f.y1, f.x2, f.y2);
+        if (!box.intersects(segmentBox)) {
+            where[i] = kNone;
+            continue;
+        }
+        const unsigned a = quadrantAround(cx, cy, f.x1, f.y1);
+        const unsigned b = quadrantAround(cx, cy, f.x2, f.y2);
+        if (a == b) {
+            where[i] = static_cast<std::uint8_t>(a);
+            ++counts[a];
+            widenByValid(boxes[a], segmentBox);
+            continue;
+        }
+        unsigned mask = (1u << a) | (1u << b);
+        if (a + b == 3) {
+            // Diagonally opposite ends: the segment also passes one of the two other
+            // quadrants, told by where it crosses the horizontal dividing line.
+            const double crossX = f.x1 + (cy - f.y1) * (f.x2 - f.x1) / (f.y2 - f.y1);
+            const bool crossesRight = snapped(crossX - cx) >= 0;
+            const bool fromUpperLeft = (a == 0 || b == 0);
+            // 0-3 runs down the left side (2) or the right (1); 1-2 the right (3) or the left (0).
+            mask |= 1u << (fromUpperLeft ? (crossesRight ? 1 : 2) : (crossesRight ? 3 : 0));
+        }  // side by side: the two quadrants of its ends suffice
+        where[i] = kSeveral;
+        masks.push_back(static_cast<std::uint8_t>(mask));
+        for (unsigned q = 0; q < 4; ++q) {
+            if ((mask >> q) & 1u) {
+                ++counts[q];
+                widenByValid(boxes[q], segmentBox);
+            }
+        }
+    }
+    std::unique_ptr<std::uint32_t[]> quarters[4];
+    std::uint32_t* next[4] = {};
+    for (int q = 0; q < 4; ++q) {
+        if (counts[q] == 0) continue;
+        quarters[q].reset(new std::uint32_t[counts[q]]);
+        next[q] = quarters[q].get();
+    }
+    std::size_t several = 0;
+    for (std::uint32_t i = 0; i < count_; ++i) {
+        const std::uint8_t to = where[i];
+        if (to < 4) {
+            *next[to]++ = positionOf(i);
+        } else if (to == kSeveral) {
+            const unsigned mask = masks[several++];
+            for (int q = 0; q < 4; ++q) {
+                if ((mask >> q) & 1u) *next[q]++ = positionOf(i);
+            }
+        }
     }
     for (int q = 0; q < 4; ++q) {
-        parts[q] = quarters[q].empty() ? nullptr : std::make_shared<LineBuffer>(std::move(quarters[q]));
+        parts[q] = counts[q] == 0 ? nullptr
+                                  : std::make_shared<LineBuffer>(store_, std::move(quarters[q]), counts[q], boxes[q]);
     }
     return true;
 }

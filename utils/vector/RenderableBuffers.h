@@ -1,7 +1,7 @@
 // The renderable buffers the quadtree holds: a batch of points, a batch of lines, or
 // one arc, each with its bounding box. Buffers copy the geometry they need out of the
 // blob, so splitting and picking never go back to the image; drawing asks the blob for
-// styles.
+// styles and, for lines, their heights.
 #pragma once
 
 #include <cstdint>
@@ -84,7 +84,12 @@ public:
 
 // The quadrant of (x, y) in `box`: 0 upper left, 1 upper right, 2 lower left, 3 lower
 // right; a position on a dividing line belongs to the right or the upper side.
-int quadrantOf(const BoundingBox& box, double x, double y);
+inline int quadrantOf(const BoundingBox& box, double x, double y) {
+    const double dx = x - (box.left + box.getWidth() / 2);
+    const double dy = y - (box.bottom + box.getHeight() / 2);
+    if (dy >= 0) return dx < 0 ? 0 : 1;
+    return dx < 0 ? 2 : 3;
+}
 // The four quadrants of `box`, in quadrant order.
 void quadrantsOf(const BoundingBox& box, BoundingBox quadrants[4]);
 
@@ -110,9 +115,37 @@ struct TPointFeature {
 
 struct TLineFeature {
     double x1, y1, x2, y2;
-    std::uint32_t index;
+    std::uint32_t index;  // in the blob's LinesList
     int polyLine;
-    double z1 = 0.0, z2 = 0.0;  // the heights, which drawing converts along
+};
+
+// The ends and polylines of a batch of lines, copied once and shared by every line
+// buffer cut from it: a buffer holds 4-byte positions into the store, so cutting a tree
+// copies positions, never geometry, and a line held by several leaves costs 4 bytes in
+// each. The heights are not kept; drawing reads them from the blob with the styles.
+class LineStore : public SharedHeapObject {
+public:
+    struct Segment {
+        double x1, y1, x2, y2;
+    };
+    // Every line of the blob; a line's position is its index in the LinesList.
+    static std::shared_ptr<const LineStore> fromBlob(const VectorBlob& blob);
+    // These lines, in this order.
+    explicit LineStore(const std::vector<TLineFeature>& features);
+
+    std::uint32_t size() const { return size_; }
+    const Segment& segment(std::uint32_t at) const { return segments_[at]; }
+    int polyLine(std::uint32_t at) const { return polyLines_[at]; }
+    std::uint32_t lineIndex(std::uint32_t at) const { return lineIndices_ ? lineIndices_[at] : at; }
+
+private:
+    LineStore() = default;
+    explicit LineStore(std::uint32_t size);
+
+    std::uint32_t size_ = 0;
+    std::unique_ptr<Segment[]> segments_;
+    std::unique_ptr<int[]> polyLines_;
+    std::unique_ptr<std::uint32_t[]> lineIndices_;  // null: a position is the line's index
 };
 
 class PointBuffer : public FeatureBuffer<TPointFeature> {
@@ -125,18 +158,34 @@ public:
     bool split(const BoundingBox& box, std::shared_ptr<IRenderableBuffer> parts[4]) const override;
 };
 
-class LineBuffer : public FeatureBuffer<TLineFeature> {
+class LineBuffer : public IRenderableBuffer {
 public:
+    using Feature = TLineFeature;
     static std::shared_ptr<LineBuffer> fromBlob(const VectorBlob& blob);
     // Line `index` of the blob, which must hold it.
     static Feature featureOf(const VectorBlob& blob, std::uint32_t index);
-    explicit LineBuffer(std::vector<Feature> features);
+    // A buffer of its own over these lines, in this order.
+    explicit LineBuffer(const std::vector<Feature>& features);
+    // The `count` lines of `store` at `positions`, in that order, and the box around
+    // them; null positions stand for the whole store in its order.
+    LineBuffer(std::shared_ptr<const LineStore> store, std::unique_ptr<std::uint32_t[]> positions,
+               std::uint32_t count, const BoundingBox& box);
 
+    const BoundingBox& getBBox() const override { return box_; }
+    int getFeatureCount() const override { return static_cast<int>(count_); }
     void render(const TRenderContext& context) const override;
     void pick(const TCoord2d& at, double tolerance, bool points, bool lines, TPickResult& best) const override;
     // Lines whose box misses `box` are left out first; the rest go to the quadrants of
     // their ends, whole, never cut (see the definition for lines across the centre).
     bool split(const BoundingBox& box, std::shared_ptr<IRenderableBuffer> parts[4]) const override;
+
+private:
+    std::uint32_t positionOf(std::uint32_t i) const { return positions_ ? positions_[i] : i; }
+
+    std::shared_ptr<const LineStore> store_;
+    std::unique_ptr<std::uint32_t[]> positions_;
+    std::uint32_t count_ = 0;
+    BoundingBox box_;
 };
 
 // A label, with the box its text is expected to cover (from the text's length and its

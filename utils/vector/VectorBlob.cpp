@@ -162,19 +162,33 @@ bool VectorBlob::getPolyLineStyle(std::uint32_t polyLine, TLineStyle& style) con
     return readLineStyleThrough(pools_.toWord(list->data() + std::size_t{polyLine} * kPolyLineRecordBytes), style);
 }
 
+// The index of the polyline record that `word` names in a list of `count` records
+// starting at `first`; -1 unless it names the start of one.
+static int polyLineIndexIn(std::uint32_t word, std::uint32_t first, std::uint32_t count) {
+    if (word < first || (word - first) % kPolyLineRecordBytes != 0) return -1;
+    const std::uint32_t index = (word - first) / kPolyLineRecordBytes;
+    return index < count ? static_cast<int>(index) : -1;
+}
+
 int VectorBlob::polyLineIndexOf(std::uint32_t polyLineWord) const {
     const Entity* list = getList<Entity>(ePolyLinesList);
     if (list == nullptr) return -1;
-    const std::uint32_t first = pools_.toWord(list->data());
-    const std::uint32_t count = list->getSize() / kPolyLineRecordBytes;
-    if (polyLineWord < first || (polyLineWord - first) % kPolyLineRecordBytes != 0) return -1;
-    const std::uint32_t index = (polyLineWord - first) / kPolyLineRecordBytes;
-    return index < count ? static_cast<int>(index) : -1;
+    return polyLineIndexIn(polyLineWord, pools_.toWord(list->data()), list->getSize() / kPolyLineRecordBytes);
 }
 
 int VectorBlob::getLinePolyLineIndex(std::uint32_t line) const {
     const LinesList* lines = getLinesList();
     return lines != nullptr && line < lines->getCount() ? polyLineIndexOf(lines->getPolyLineWord(line)) : -1;
+}
+
+void VectorBlob::getLinePolyLineIndices(int* out) const {
+    const LinesList* lines = getLinesList();
+    if (lines == nullptr) return;
+    const Entity* list = getList<Entity>(ePolyLinesList);
+    const std::uint32_t first = list != nullptr ? pools_.toWord(list->data()) : 0;
+    const std::uint32_t count = list != nullptr ? list->getSize() / kPolyLineRecordBytes : 0;
+    for (std::uint32_t i = 0; i < lines->getCount(); ++i)
+        out[i] = list != nullptr ? polyLineIndexIn(lines->getPolyLineWord(i), first, count) : -1;
 }
 
 int VectorBlob::getArcPolyLineIndex(std::uint32_t arc) const {

@@ -93,6 +93,9 @@ public:
     // The index of the polyline a line or an arc belongs to, -1 when it names none.
     int getLinePolyLineIndex(std::uint32_t line) const;
     int getArcPolyLineIndex(std::uint32_t arc) const;
+    // getLinePolyLineIndex of every line in line order, into `out` (getLineCount()
+    // places), with the lists looked up once for all lines rather than once per line.
+    void getLinePolyLineIndices(int* out) const;
     bool getLabel(std::uint32_t label, TLabel& result) const;
     // A spline with its control points, weights and knots; false when its record or
     // arrays leave the image, it has more than 65536 control points or a degree above

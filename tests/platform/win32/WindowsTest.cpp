@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/win32/MessageBatch.h"
 #include "platform/win32/Win32.h"
 #include "tests/support/TestSupport.h"
 
@@ -335,6 +336,59 @@ TEST_F(Windows, MessagesPostedFromASecondThreadArriveInOrder) {
     EXPECT_EQ(seen.Count(WM_USER), 2000u);
     WaitForSingleObject(thread, INFINITE);
     CloseHandle(thread);
+}
+
+namespace {
+// A window on a thread of its own, which notes the wParam of each WM_USER it reads
+// until WM_APP.
+struct RemoteReader {
+    HANDLE ready = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    HWND window = nullptr;
+    std::vector<WPARAM> read;
+};
+DWORD WINAPI ReadUntilApp(LPVOID parameter) {
+    auto* r = static_cast<RemoteReader*>(parameter);
+    r->window = CreateWindowExW(0, L"recording", L"Remote", 0, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
+    SetEvent(r->ready);
+    MSG m;
+    while (GetMessageW(&m, nullptr, 0, 0) > 0 && m.message != WM_APP) {
+        if (m.message == WM_USER) r->read.push_back(m.wParam);
+    }
+    return 0;
+}
+}  // namespace
+
+TEST_F(Windows, PostMessagesQueuesEachMessageAsPostMessageWouldInOrder) {
+    HWND a = Make(L"A");
+    HWND b = Make(L"B");
+    HWND gone = Make(L"Gone");
+    DestroyWindow(gone);
+    RemoteReader remote;
+    HANDLE thread = CreateThread(nullptr, 0, ReadUntilApp, &remote, 0, nullptr);
+    ASSERT_EQ(WaitForSingleObject(remote.ready, 10000), WAIT_OBJECT_0);
+
+    // Runs for this thread's windows are broken by the other thread's window, a thread
+    // message and a broadcast; the destroyed window's message alone is refused.
+    const MSG batch[] = {{a, WM_USER, 1, 0, 0, {}},       {gone, WM_USER, 2, 0, 0, {}},
+                         {remote.window, WM_USER, 3, 0, 0, {}}, {b, WM_USER, 4, 0, 0, {}},
+                         {nullptr, WM_USER, 5, 0, 0, {}},  {a, WM_USER, 6, 0, 0, {}},
+                         {remote.window, WM_USER, 7, 0, 0, {}}, {HWND_BROADCAST, WM_USER, 8, 0, 0, {}},
+                         {remote.window, WM_APP, 0, 0, 0, {}}};
+    EXPECT_EQ(kiv_win32::PostMessages(batch, 9), 8);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_WINDOW_HANDLE);
+    EXPECT_EQ(kiv_win32::PostMessages(batch, 0), 0);
+
+    ASSERT_EQ(WaitForSingleObject(thread, 10000), WAIT_OBJECT_0);
+    CloseHandle(thread);
+    CloseHandle(remote.ready);
+    // The broadcast went to every top-level window of the time, the remote one included.
+    EXPECT_EQ(remote.read, (std::vector<WPARAM>{3, 7, 8}));
+    std::vector<std::pair<HWND, WPARAM>> here;
+    for (const MSG& m : Drain()) {
+        EXPECT_EQ(m.message, WM_USER);
+        here.emplace_back(m.hwnd, m.wParam);
+    }
+    EXPECT_EQ(here, (std::vector<std::pair<HWND, WPARAM>>{{a, 1}, {b, 4}, {nullptr, 5}, {a, 6}, {a, 8}, {b, 8}}));
 }
 
 namespace {

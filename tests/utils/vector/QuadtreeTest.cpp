@@ -5,7 +5,6 @@
 
 #include "utils/vector/VectorImageProducer.h"
 
-
 namespace {
 
 std::shared_ptr<PointBuffer> pointsOnAGrid(int count, double spacing) {
@@ -35,7 +34,65 @@ std::shared_ptr<VectorBlob> smallPlan() {
     return producer.build();
 }
 
+// The first end of every line a buffer draws, in drawing order.
+class LineStarts : public IRenderer {
+public:
+    BoundingBox getViewport() const override { return {-1e9, 1e9, 1e9, -1e9}; }
+    void drawPoint(const TCoord3d&, const TPointStyle&) override {}
+    void drawPolyline(const TCoord3d* points, int, const TLineStyle&) override {
+        starts.push_back({points[0].x, points[0].y});
+    }
+    void drawText(const TCoord3d&, const CKivStringT&, const TTextStyle&) override {}
+    std::vector<std::pair<double, double>> starts;
+};
+
+std::vector<std::pair<double, double>> drawnStarts(const IRenderableBuffer* buffer, const VectorBlob& blob) {
+    LineStarts renderer;
+    Csx::CIdentityCs identity;
+    if (buffer != nullptr) buffer->render(TRenderContext{&blob, &identity, &identity, &renderer});
+    return renderer.starts;
+}
+
 }  // namespace
+
+TEST(QuadtreeSplit, LinesGoWholeToEveryQuadrantTheyPassInTheirOrder) {
+    // Against the box 0..100 (centre 50, 50), each line starting at a position of its own.
+    VectorImageProducer producer;
+    const int pen = producer.addLineStyle(RGB(4, 5, 6));
+    producer.addLine({10, 60, 0}, {20, 70, 0}, pen);   // upper left only
+    producer.addLine({11, 60, 0}, {70, 61, 0}, pen);   // side by side: upper left and right
+    producer.addLine({12, 90, 0}, {95, 20, 0}, pen);   // 0 to 3, crossing y 50 right of the centre: also 1
+    producer.addLine({90, 10, 0}, {13, 80, 0}, pen);   // 3 to 0, crossing left of it: also 2
+    producer.addLine({14, 10, 0}, {80, 70, 0}, pen);   // 2 to 1, crossing y 50 at x 58: also 3
+    producer.addLine({200, 60, 0}, {210, 70, 0}, pen);  // outside the box: nowhere
+    producer.addLine({15, 61, 0}, {16, 62, 0}, pen);   // upper left again, after the others
+    auto blob = producer.build();
+    auto whole = LineBuffer::fromBlob(*blob);
+    ASSERT_EQ(whole->getFeatureCount(), 7);
+
+    const BoundingBox box(0, 100, 100, 0);
+    std::shared_ptr<IRenderableBuffer> parts[4];
+    ASSERT_TRUE(whole->split(box, parts));
+    using Starts = std::vector<std::pair<double, double>>;
+    EXPECT_EQ(drawnStarts(parts[0].get(), *blob), (Starts{{10, 60}, {11, 60}, {12, 90}, {90, 10}, {15, 61}}));
+    EXPECT_EQ(drawnStarts(parts[1].get(), *blob), (Starts{{11, 60}, {12, 90}, {14, 10}}));
+    EXPECT_EQ(drawnStarts(parts[2].get(), *blob), (Starts{{90, 10}, {14, 10}}));
+    EXPECT_EQ(drawnStarts(parts[3].get(), *blob), (Starts{{12, 90}, {90, 10}, {14, 10}}));
+    // Each part's box is that of its own lines, unclipped.
+    const BoundingBox& upperRight = parts[1]->getBBox();
+    EXPECT_EQ(upperRight.left, 11);
+    EXPECT_EQ(upperRight.right, 95);
+    EXPECT_EQ(upperRight.bottom, 10);
+    EXPECT_EQ(upperRight.top, 90);
+
+    // A part cut again (its lines now a selection of the image's) keeps the same rules.
+    std::shared_ptr<IRenderableBuffer> quarters[4];
+    ASSERT_TRUE(parts[0]->split(BoundingBox(0, 100, 50, 50), quarters));
+    EXPECT_EQ(drawnStarts(quarters[0].get(), *blob), (Starts{{12, 90}, {90, 10}}));
+    EXPECT_EQ(drawnStarts(quarters[1].get(), *blob), (Starts{{12, 90}}));
+    EXPECT_EQ(drawnStarts(quarters[2].get(), *blob), (Starts{{10, 60}, {11, 60}, {90, 10}, {15, 61}}));
+    EXPECT_EQ(drawnStarts(quarters[3].get(), *blob), (Starts{{11, 60}, {12, 90}, {90, 10}}));
+}
 
 TEST(QuadtreeSplit, ThirtyFeaturesStayInOneLeafAndThirtyOneAreCut) {
     QuadtreeNode thirty = nodeOver(pointsOnAGrid(30, 2.0));
