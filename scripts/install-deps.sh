@@ -1,7 +1,8 @@
 #!/bin/sh
 # Installs the Debian packages the build, tests, benchmarks and fuzz targets need.
 # Text is drawn with FreeType, HarfBuzz and the DejaVu fonts; the picture tests read
-# files back with ImageMagick; the line benchmark measures against Cairo.
+# files back with ImageMagick; the line benchmark measures against Cairo. The Windows lane
+# (make wine-test) cross-builds with mingw-w64 and runs the tests under Wine.
 # Idempotent: checks each package first and runs apt-get update only when something
 # is missing. Also provides the comma-decimal locale the number-text tests switch to.
 set -eu
@@ -9,7 +10,8 @@ set -eu
 PACKAGES="cmake ninja-build g++ make googletest libgtest-dev libgmock-dev libbenchmark-dev \
 libfmt-dev libcli11-dev libpng-dev libboost-dev clang libclang-rt-14-dev libxml2-utils python3 locales gcovr \
 libpugixml-dev libfreetype-dev libharfbuzz-dev fonts-dejavu-core imagemagick libcairo2-dev pkg-config \
-libgdal-dev gdal-bin libproj-dev proj-bin"
+libgdal-dev gdal-bin libproj-dev proj-bin \
+mingw-w64 g++-mingw-w64-x86-64-posix wine64"
 
 SUDO=""
 if [ "$(id -u)" -ne 0 ]; then

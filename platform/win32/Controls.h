@@ -3,6 +3,10 @@
 // the arrow keys), with the messages and notifications dialogs use to drive them.
 #pragma once
 
+#ifdef _WIN32
+#include "platform/win32/Win32.h"
+#else
+
 #include "platform/win32/Gdi.h"
 #include "platform/win32/Windows.h"
 
@@ -114,3 +118,4 @@ void RedrawWindowTree(HWND window);
 // The font a control draws with when none was set: the stock GUI font.
 HFONT DefaultControlFont();
 }  // namespace kiv_win32
+#endif  // _WIN32
