@@ -25,11 +25,6 @@ wchar_t MapCase(wchar_t c, DWORD flags) {
     return out;
 }
 
-_locale_t CLocale() {
-    static const _locale_t loc = _create_locale(LC_ALL, "C");
-    return loc;
-}
-
 }  // namespace
 
 wchar_t FoldCase(wchar_t c) {
@@ -41,8 +36,6 @@ wchar_t RaiseCase(wchar_t c) {
     if (c < 0x80) return (c >= L'a' && c <= L'z') ? c - 32 : c;
     return MapCase(c, LCMAP_UPPERCASE);
 }
-
-double NeutralWcstod(const wchar_t* text) { return _wcstod_l(text, nullptr, CLocale()); }
 
 NeutralNumbers::NeutralNumbers() : previousMode_(_configthreadlocale(_ENABLE_PER_THREAD_LOCALE)) {
     const char* current = std::setlocale(LC_NUMERIC, nullptr);
@@ -76,14 +69,14 @@ wchar_t RaiseCase(wchar_t c) {
     return static_cast<wchar_t>(towupper_l(static_cast<wint_t>(c), NeutralLocale()));
 }
 
-double NeutralWcstod(const wchar_t* text) {
-    NeutralNumbers neutral;
-    return std::wcstod(text, nullptr);
-}
-
 NeutralNumbers::NeutralNumbers() : previous_(uselocale(NeutralLocale())) {}
 NeutralNumbers::~NeutralNumbers() { uselocale(previous_); }
 
 #endif
+
+double NeutralWcstod(const wchar_t* text) {
+    NeutralNumbers neutral;
+    return std::wcstod(text, nullptr);
+}
 
 }  // namespace kiv_text
