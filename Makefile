@@ -5,7 +5,7 @@ JOBS        ?= $(shell nproc)
 FUZZ_SECONDS ?= 30
 CMAKE_FLAGS ?=
 
-.PHONY: all run test test32 sanitize tsan bench fuzz fuzz-merge coverage deps configure build clean
+.PHONY: all run test test32 wine-test sanitize tsan bench fuzz fuzz-merge coverage deps configure build clean
 
 all: build
 
@@ -107,5 +107,16 @@ coverage: deps
 	      --json-summary build-coverage/coverage.json --print-summary
 	@scripts/coverage-summary.py build-coverage/coverage.json
 
+# The Windows build: mingw-w64 against the real <windows.h>, its tests run under Wine in a
+# prefix inside the build folder, with no display (see docs/platform.md).
+WINE_TESTS ?=
+wine-test:
+	@scripts/install-deps.sh --wine
+	cmake -S . -B build-wine -G Ninja -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64-x86_64.cmake \
+	      -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKIV_WERROR=ON -DKIV_BUILD_BENCH=OFF -DKIV_BUILD_TOOLS=OFF
+	cmake --build build-wine -j $(JOBS) $(if $(WINE_TESTS),--target $(WINE_TESTS))
+	cd build-wine && ../cmake/wine-run.sh wineboot -i >/dev/null 2>&1
+	cd build-wine && ctest --output-on-failure -j 1 $(if $(WINE_TESTS),-R '$(subst $() ,|,$(WINE_TESTS))')
+
 clean:
-	rm -rf build build-sanitize build-tsan build-bench build-fuzz build-coverage build-32
+	rm -rf build build-sanitize build-tsan build-bench build-fuzz build-coverage build-32 build-wine

@@ -15,12 +15,16 @@ libgdal-dev gdal-bin libproj-dev proj-bin libsdl2-dev xvfb xdotool"
 
 # With --i386, also what the 32-bit lane (make test32) needs from the system: the
 # multilib compilers and apt's i386 package index, from which the lane unpacks its own
-# sysroot (scripts/fetch-i386-sysroot.sh) without installing anything.
+# sysroot (scripts/fetch-i386-sysroot.sh) without installing anything. With --wine, the
+# cross compilers and Wine of the Windows lane (make wine-test).
 I386=0
-[ "${1:-}" = "--i386" ] && I386=1
-if [ "$I386" -eq 1 ]; then
-    PACKAGES="$PACKAGES gcc-multilib g++-multilib"
-fi
+for arg in "$@"; do
+    case "$arg" in
+        --i386) I386=1; PACKAGES="$PACKAGES gcc-multilib g++-multilib" ;;
+        --wine) PACKAGES="$PACKAGES mingw-w64 g++-mingw-w64-x86-64-posix wine64" ;;
+        *) echo "install-deps: unknown option $arg (accepted: --i386, --wine)" >&2; exit 2 ;;
+    esac
+done
 
 SUDO=""
 if [ "$(id -u)" -ne 0 ]; then

@@ -2,9 +2,11 @@
 // reset hooks through which every module with process-wide state can be made to forget it.
 #include "platform/host/Host.h"
 
+#ifndef _WIN32
 #include <dirent.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#endif
 
 #include <algorithm>
 #include <cstdlib>
@@ -38,6 +40,9 @@ std::string Env(const char* name) {
 
 std::string DefaultDeviceRoot() {
     if (auto v = Env("KIV_DEVICE_ROOT"); !v.empty()) return v;
+#ifdef _WIN32
+    if (auto local = Env("LOCALAPPDATA"); !local.empty()) return local + "\\kiv\\device";
+#endif
     std::string data = Env("XDG_DATA_HOME");
     if (data.empty()) {
         std::string home = Env("HOME");
@@ -69,6 +74,11 @@ bool SameNameIgnoringCase(std::wstring_view a, std::wstring_view b) {
 // else the first entry equal to it ignoring case, else itself (a name yet to be created).
 std::string MatchComponent(const std::string& dir, const std::wstring& component) {
     std::string typed = kiv_text::ToUtf8(component);
+#ifdef _WIN32
+    // The system's file systems ignore case themselves.
+    (void)dir;
+    return typed;
+#else
     struct stat st;
     std::string candidate = dir;
     candidate.append("/").append(typed);
@@ -84,6 +94,7 @@ std::string MatchComponent(const std::string& dir, const std::wstring& component
     }
     ::closedir(d);
     return found;
+#endif
 }
 
 std::string MapUnderRoot(const std::string& root, std::wstring_view path) {

@@ -64,17 +64,14 @@ std::wstring TranslateFormat(const wchar_t* f) {
 
 wchar_t ToLower(wchar_t c) { return kiv_text::FoldCase(c); }
 
-wchar_t ToUpper(wchar_t c) {
-    if (c < 0x80) return (c >= L'a' && c <= L'z') ? c - 32 : c;
-    return static_cast<wchar_t>(towupper_l(static_cast<wint_t>(c), kiv_text::NeutralLocale()));
-}
+wchar_t ToUpper(wchar_t c) { return kiv_text::RaiseCase(c); }
 
 bool IsBlank(wchar_t c) { return c == L' ' || (c >= L'\t' && c <= L'\r'); }
 
 std::wstring FormatWide(const wchar_t* format, va_list args) {
     if (!format) return {};
     const std::wstring f = TranslateFormat(format);
-    const locale_t previous = uselocale(kiv_text::NeutralLocale());
+    kiv_text::NeutralNumbers neutral;
     std::vector<wchar_t> buffer(256);
     std::wstring result;
     for (;;) {
@@ -97,7 +94,6 @@ std::wstring FormatWide(const wchar_t* format, va_list args) {
         }
         buffer.resize(buffer.size() * 4);
     }
-    uselocale(previous);
     return result;
 }
 

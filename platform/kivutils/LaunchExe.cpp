@@ -1,7 +1,10 @@
-// LaunchExe over posix_spawn: no shell is involved, so the argument text reaches the
-// program exactly as the device shell would have split it.
+// LaunchExe over posix_spawn, or CreateProcessW on Windows: no shell is involved, so the
+// argument text reaches the program exactly as the device shell would have split it.
 #include "platform/kivutils/LaunchExe.h"
 
+#ifdef _WIN32
+#include "platform/win32/Win32.h"
+#else
 #include <spawn.h>
 #include <sys/wait.h>
 
@@ -11,6 +14,7 @@
 #include "platform/host/TextCodec.h"
 
 extern char** environ;
+#endif
 
 namespace kiv_launch {
 
@@ -53,6 +57,30 @@ std::vector<std::wstring> SplitArguments(const wchar_t* arguments) {
 
 }  // namespace kiv_launch
 
+#ifdef _WIN32
+
+// The system splits the command line by the same rules, so the text is handed on as it
+// stands after the quoted program name.
+bool LaunchExe(const wchar_t* program, const wchar_t* arguments, unsigned long& result) {
+    if (!program || !*program) return false;
+    std::wstring line = L"\"" + std::wstring(program) + L"\"";
+    if (arguments && *arguments) line.append(L" ").append(arguments);
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process{};
+    if (!CreateProcessW(program, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process))
+        return false;
+    WaitForSingleObject(process.hProcess, INFINITE);
+    DWORD code = 0;
+    GetExitCodeProcess(process.hProcess, &code);
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+    result = code;
+    return true;
+}
+
+#else
+
 bool LaunchExe(const wchar_t* program, const wchar_t* arguments, unsigned long& result) {
     if (!program || !*program) return false;
     const std::string path = kiv_host::ToHostPath(program);
@@ -72,3 +100,5 @@ bool LaunchExe(const wchar_t* program, const wchar_t* arguments, unsigned long& 
                                : 128ul + static_cast<unsigned long>(WTERMSIG(status));
     return true;
 }
+
+#endif

@@ -74,7 +74,7 @@ HWND CWnd::Detach() {
 
 BOOL CWnd::SubclassWindow(HWND window) {
     if (!Attach(window)) return FALSE;
-    m_pfnSuper = reinterpret_cast<WNDPROC>(::SetWindowLongW(window, GWL_WNDPROC, reinterpret_cast<LONG_PTR>(&AfxWndProc)));
+    m_pfnSuper = reinterpret_cast<WNDPROC>(::SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&AfxWndProc)));
     return TRUE;
 }
 
@@ -85,7 +85,7 @@ BOOL CWnd::SubclassDlgItem(UINT id, CWnd* parent) {
 
 HWND CWnd::UnsubclassWindow() {
     if (m_pfnSuper && ::IsWindow(m_hWnd))
-        ::SetWindowLongW(m_hWnd, GWL_WNDPROC, reinterpret_cast<LONG_PTR>(m_pfnSuper));
+        ::SetWindowLongPtrW(m_hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(m_pfnSuper));
     m_pfnSuper = nullptr;
     return Detach();
 }

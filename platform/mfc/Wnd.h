@@ -157,7 +157,10 @@ public:
     CWnd* SetFocus();
     int GetDlgCtrlID() const { return ::GetDlgCtrlID(m_hWnd); }
     void SetWindowText(LPCWSTR text) { ::SetWindowTextW(m_hWnd, text); }
+#ifndef _WIN32
+    // <windows.h> makes SetWindowText this very name, so only the host spells it out.
     void SetWindowTextW(LPCWSTR text) { ::SetWindowTextW(m_hWnd, text); }
+#endif
     void GetWindowText(CKivStringT& text) const;
     int GetWindowText(LPWSTR text, int max) const { return ::GetWindowTextW(m_hWnd, text, max); }
     LRESULT SendMessage(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const {

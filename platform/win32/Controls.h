@@ -4,6 +4,10 @@
 // dialogs use to drive them.
 #pragma once
 
+#ifdef _WIN32
+#include "platform/win32/Win32.h"
+#else
+
 #include "platform/win32/Gdi.h"
 #include "platform/win32/Windows.h"
 
@@ -121,3 +125,4 @@ void RedrawWindowTree(HWND window);
 // The font a control draws with when none was set: the stock GUI font.
 HFONT DefaultControlFont();
 }  // namespace kiv_win32
+#endif  // _WIN32

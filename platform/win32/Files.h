@@ -3,6 +3,10 @@
 // ('/tmp/a.txt'); share modes hold between handles and, through advisory locks, processes.
 #pragma once
 
+#ifdef _WIN32
+#include "platform/win32/Win32.h"
+#else
+
 #include <cstdio>
 
 #include "platform/win32/Handles.h"
@@ -107,3 +111,4 @@ using LPWIN32_FILE_ATTRIBUTE_DATA = WIN32_FILE_ATTRIBUTE_DATA*;
 // GetFileExInfoStandard only. Times are UTC; a folder's size is 0. Where the host's file
 // system keeps no creation time, the time of the file's last change stands in for it.
 BOOL GetFileAttributesExW(LPCWSTR fileName, GET_FILEEX_INFO_LEVELS infoLevel, LPVOID fileInformation);
+#endif  // _WIN32

@@ -3,6 +3,10 @@
 // the system colours. Lines, shapes, blits and text have their own family headers.
 #pragma once
 
+#ifdef _WIN32
+#include "platform/win32/Win32.h"
+#else
+
 #include "platform/win32/Win32Types.h"
 
 // ---- structures -----------------------------------------------------------------------------
@@ -225,3 +229,4 @@ int SetBkMode(HDC dc, int mode);
 int GetBkMode(HDC dc);
 
 DWORD GetSysColor(int index);
+#endif  // _WIN32

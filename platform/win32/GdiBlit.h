@@ -3,6 +3,10 @@
 // transparent copy that leaves out one colour.
 #pragma once
 
+#ifdef _WIN32
+#include "platform/win32/Win32.h"
+#else
+
 #include "platform/win32/Win32Types.h"
 
 // Raster operations: how source (S), pattern (the selected brush, P) and destination (D)
@@ -43,3 +47,4 @@ BOOL TransparentImage(HDC dest, LONG x, LONG y, LONG width, LONG height, HANDLE 
                       LONG widthSrc, LONG heightSrc, COLORREF transparent);
 BOOL TransparentBlt(HDC dest, int x, int y, int width, int height, HDC source, int xSrc, int ySrc, int widthSrc,
                     int heightSrc, UINT transparent);
+#endif  // _WIN32

@@ -4,6 +4,10 @@
 // clipped line lights the same pixels as the part of the whole line that is visible.
 #pragma once
 
+#ifdef _WIN32
+#include "platform/win32/Win32.h"
+#else
+
 #include "platform/win32/Win32Types.h"
 
 BOOL MoveToEx(HDC dc, int x, int y, LPPOINT previous);
@@ -15,3 +19,4 @@ BOOL Polyline(HDC dc, const POINT* points, int count);
 COLORREF SetPixel(HDC dc, int x, int y, COLORREF colour);
 // CLR_INVALID outside the surface.
 COLORREF GetPixel(HDC dc, int x, int y);
+#endif  // _WIN32

@@ -3,6 +3,10 @@
 // [left, right) x [top, bottom) covers neither its right column nor its bottom row.
 #pragma once
 
+#ifdef _WIN32
+#include "platform/win32/Win32.h"
+#else
+
 #include "platform/win32/Win32Types.h"
 
 constexpr int ALTERNATE = 1;
@@ -27,3 +31,4 @@ BOOL IntersectRect(LPRECT result, const RECT* a, const RECT* b);
 BOOL UnionRect(LPRECT result, const RECT* a, const RECT* b);
 BOOL EqualRect(const RECT* a, const RECT* b);
 BOOL CopyRect(LPRECT to, const RECT* from);
+#endif  // _WIN32

@@ -4,6 +4,10 @@
 // one, anything else the sans family; weight 600 and up is bold, lfItalic oblique.
 #pragma once
 
+#ifdef _WIN32
+#include "platform/win32/Win32.h"
+#else
+
 #include "platform/win32/Gdi.h"
 
 constexpr LONG FW_DONTCARE = 0;
@@ -92,3 +96,4 @@ namespace kiv_win32 {
 // The LOGFONTW of the stock fonts: DejaVu Sans (or Sans Mono) with a 16-pixel cell.
 LOGFONTW DefaultFont(bool fixedPitch);
 }  // namespace kiv_win32
+#endif  // _WIN32

@@ -3,6 +3,10 @@
 // to the object's own operations instead of testing kinds.
 #pragma once
 
+#ifdef _WIN32
+#include "platform/win32/Win32.h"
+#else
+
 #include <memory>
 
 #include "platform/win32/Win32Types.h"
@@ -43,3 +47,4 @@ std::shared_ptr<T> FindHandleAs(HANDLE handle) {
 
 BOOL CloseHandle(HANDLE handle);
 DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds);
+#endif  // _WIN32

@@ -2,6 +2,10 @@
 // (which also delivers the key to the focused window) and TranslateMessage.
 #pragma once
 
+#ifdef _WIN32
+#include "platform/win32/Win32.h"
+#else
+
 #include "platform/win32/Win32Types.h"
 #include "platform/win32/Windows.h"
 
@@ -56,3 +60,4 @@ void keybd_event(BYTE virtualKey, BYTE scanCode, DWORD flags, ULONG_PTR extraInf
 // Posts WM_CHAR after the WM_KEYDOWN of a key that types a character (letters by Shift
 // and Caps Lock, digits, space, Enter, Backspace, Tab, Escape). Non-zero for key messages.
 BOOL TranslateMessage(const MSG* message);
+#endif  // _WIN32

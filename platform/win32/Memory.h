@@ -3,6 +3,10 @@
 // file mappings, whose views show a file's bytes in memory without reading them.
 #pragma once
 
+#ifdef _WIN32
+#include "platform/win32/Win32.h"
+#else
+
 #include "platform/win32/Win32Types.h"
 
 constexpr DWORD MEM_COMMIT = 0x00001000;
@@ -61,3 +65,4 @@ BOOL UnmapViewOfFile(LPCVOID baseAddress);
 // until they are there; 0 bytes: to the view's end. A copy-on-write view has nothing to
 // write.
 BOOL FlushViewOfFile(LPCVOID baseAddress, SIZE_T numberOfBytesToFlush);
+#endif  // _WIN32

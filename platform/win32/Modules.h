@@ -5,14 +5,19 @@
 // often as it was loaded.
 #pragma once
 
+#ifdef _WIN32
+#include "platform/win32/Win32.h"
+#else
+
 #include "platform/win32/Win32Types.h"
 
-// The generic function pointer that compilers let callers cast to any function type
-// without a warning; callers always cast it to the export's real type before calling.
-using FARPROC = void(WINAPI*)();
+// The export pointer as Windows declares it. Compilers warn on a cast from it to the
+// export's real type, so callers cast through void (*)(), the one type exempt.
+using FARPROC = INT_PTR(WINAPI*)();
 
 HMODULE LoadLibraryW(LPCWSTR fileName);
 // The device's wide-name form; names are matched exactly, as exported.
 FARPROC GetProcAddressW(HMODULE module, LPCWSTR procName);
 FARPROC GetProcAddress(HMODULE module, LPCSTR procName);
 BOOL FreeLibrary(HMODULE module);
+#endif  // _WIN32

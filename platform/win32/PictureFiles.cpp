@@ -1,20 +1,45 @@
-// PNG through libpng's simplified interface; BMP read and written here, every field of
-// a file checked against the file's real size before it is used.
+// PNG through libpng's simplified interface on the Linux host; on Windows, written by
+// our own encoder and read through WIC. BMP read and written here, every field of a file
+// checked against the file's real size before it is used.
 #include "platform/win32/PictureFiles.h"
-
-#include <png.h>
 
 #include <algorithm>
 #include <cstring>
 #include <cwctype>
 #include <vector>
 
-#include "platform/win32/GdiObjects.h"
 #include "platform/win32/WholeFile.h"
+
+#ifdef _WIN32
+#include <objbase.h>
+#include <wincodec.h>
+
+#include "platform/win32/PngWriter.h"
+
+namespace {
+constexpr int kMaxSurfaceSide = 32768;
+constexpr std::int64_t kMaxSurfacePixels = 1 << 27;
+
+// The pixels of a bitmap, read through GetDIBits, top row first.
+struct Surface {
+    int width = 0;
+    int height = 0;
+    std::vector<std::uint32_t> pixels;  // 0x00RRGGBB
+    COLORREF GetColour(int x, int y) const {
+        const std::uint32_t p = pixels[static_cast<std::size_t>(y) * width + x];
+        return RGB((p >> 16) & 0xFF, (p >> 8) & 0xFF, p & 0xFF);
+    }
+};
+}  // namespace
+#else
+#include <png.h>
+
+#include "platform/win32/GdiObjects.h"
 
 using kiv_win32::detail::kMaxSurfacePixels;
 using kiv_win32::detail::kMaxSurfaceSide;
 using kiv_win32::detail::Surface;
+#endif
 
 namespace kiv_host {
 namespace {
@@ -66,15 +91,19 @@ bool EncodeSurface(const Surface& s, PictureFormat format, std::string& bytes) {
         }
         return true;
     }
-    std::vector<png_byte> rgb(static_cast<std::size_t>(s.width) * s.height * 3);
+    std::vector<std::uint8_t> rgb(static_cast<std::size_t>(s.width) * s.height * 3);
     for (int y = 0; y < s.height; ++y)
         for (int x = 0; x < s.width; ++x) {
             const COLORREF c = s.GetColour(x, y);
-            png_byte* p = &rgb[(static_cast<std::size_t>(y) * s.width + x) * 3];
+            std::uint8_t* p = &rgb[(static_cast<std::size_t>(y) * s.width + x) * 3];
             p[0] = GetRValue(c);
             p[1] = GetGValue(c);
             p[2] = GetBValue(c);
         }
+#ifdef _WIN32
+    bytes = EncodePngRgb(s.width, s.height, rgb.data());
+    return true;
+#else
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
     image.width = static_cast<png_uint_32>(s.width);
@@ -89,6 +118,7 @@ bool EncodeSurface(const Surface& s, PictureFormat format, std::string& bytes) {
     }
     bytes.resize(size);
     return true;
+#endif
 }
 
 bool Save(const Surface* s, const wchar_t* path, PictureFormat format) {
@@ -112,6 +142,61 @@ HBITMAP NewPicture(int width, int height, std::uint32_t*& pixels, std::ptrdiff_t
     pitch = -width;
     return bitmap;
 }
+
+#ifdef _WIN32
+
+// WIC's PNG decoder converts any kind of PNG to 32-bit BGRA; transparency is laid over
+// white here, as the Linux host's reader does.
+HBITMAP DecodePng(const std::uint8_t* data, std::size_t size) {
+    if (size > 0xFFFFFFFFu) return nullptr;
+    const HRESULT init = CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+    HBITMAP bitmap = nullptr;
+    IWICImagingFactory* factory = nullptr;
+    IWICStream* stream = nullptr;
+    IWICBitmapDecoder* decoder = nullptr;
+    IWICBitmapFrameDecode* frame = nullptr;
+    IWICFormatConverter* converter = nullptr;
+    UINT width = 0, height = 0;
+    std::vector<std::uint32_t> bgra;
+    if (SUCCEEDED(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER, IID_IWICImagingFactory,
+                                   reinterpret_cast<void**>(&factory))) &&
+        SUCCEEDED(factory->CreateStream(&stream)) &&
+        SUCCEEDED(stream->InitializeFromMemory(const_cast<BYTE*>(data), static_cast<DWORD>(size))) &&
+        SUCCEEDED(factory->CreateDecoderFromStream(stream, nullptr, WICDecodeMetadataCacheOnDemand, &decoder)) &&
+        SUCCEEDED(decoder->GetFrame(0, &frame)) && SUCCEEDED(frame->GetSize(&width, &height)) && width > 0 &&
+        height > 0 && width <= kMaxSurfaceSide && height <= kMaxSurfaceSide &&
+        static_cast<std::int64_t>(width) * height <= kMaxSurfacePixels &&
+        SUCCEEDED(factory->CreateFormatConverter(&converter)) &&
+        SUCCEEDED(converter->Initialize(frame, GUID_WICPixelFormat32bppBGRA, WICBitmapDitherTypeNone, nullptr, 0.0,
+                                        WICBitmapPaletteTypeCustom))) {
+        bgra.resize(static_cast<std::size_t>(width) * height);
+        if (FAILED(converter->CopyPixels(nullptr, width * 4, static_cast<UINT>(bgra.size() * 4),
+                                         reinterpret_cast<BYTE*>(bgra.data()))))
+            bgra.clear();
+    }
+    if (converter) converter->Release();
+    if (frame) frame->Release();
+    if (decoder) decoder->Release();
+    if (stream) stream->Release();
+    if (factory) factory->Release();
+    if (SUCCEEDED(init)) CoUninitialize();
+    if (bgra.empty()) return nullptr;
+
+    std::uint32_t* pixels = nullptr;
+    std::ptrdiff_t pitch = 0;
+    bitmap = NewPicture(static_cast<int>(width), static_cast<int>(height), pixels, pitch);
+    if (!bitmap) return nullptr;
+    const std::uint32_t* p = bgra.data();
+    for (UINT y = 0; y < height; ++y, pixels += pitch)
+        for (UINT x = 0; x < width; ++x, ++p) {
+            const std::uint32_t alpha = *p >> 24;
+            auto over = [alpha](std::uint32_t c) { return (c * alpha + 255 * (255 - alpha) + 127) / 255; };
+            pixels[x] = over(*p & 0xFF) | (over((*p >> 8) & 0xFF) << 8) | (over((*p >> 16) & 0xFF) << 16);
+        }
+    return bitmap;
+}
+
+#else
 
 HBITMAP DecodePng(const std::uint8_t* data, std::size_t size) {
     png_image image{};
@@ -142,6 +227,8 @@ HBITMAP DecodePng(const std::uint8_t* data, std::size_t size) {
         for (png_uint_32 x = 0; x < image.width; ++x, p += 3) pixels[x] = p[0] | (p[1] << 8) | (p[2] << 16);
     return bitmap;
 }
+
+#endif
 
 // One channel of a bit-field pixel, scaled to 0..255.
 struct Channel {
@@ -254,6 +341,67 @@ PictureFormat PictureFormatOf(const wchar_t* path) {
     return PictureFormat::Png;
 }
 
+#ifdef _WIN32
+
+namespace {
+
+bool ReadBitmap(HBITMAP bitmap, Surface& s) {
+    BITMAP info{};
+    if (!bitmap || !GetObjectW(bitmap, sizeof info, &info) || info.bmWidth <= 0 || info.bmHeight <= 0) return false;
+    s.width = info.bmWidth;
+    s.height = info.bmHeight;
+    s.pixels.assign(static_cast<std::size_t>(s.width) * s.height, 0);
+    BITMAPINFO header{};
+    header.bmiHeader = BITMAPINFOHEADER{sizeof(BITMAPINFOHEADER), s.width, -s.height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    HDC screen = GetDC(nullptr);
+    const int rows = GetDIBits(screen, bitmap, 0, static_cast<UINT>(s.height), s.pixels.data(), &header, DIB_RGB_COLORS);
+    ReleaseDC(nullptr, screen);
+    return rows == s.height;
+}
+
+bool ReadDC(HDC dc, Surface& s) { return ReadBitmap(static_cast<HBITMAP>(GetCurrentObject(dc, OBJ_BITMAP)), s); }
+
+// A window's picture: its client area painted now and copied out of its device context.
+bool ReadWindow(HWND window, Surface& s) {
+    RECT r{};
+    if (!IsWindow(window) || !GetClientRect(window, &r) || r.right <= 0 || r.bottom <= 0) return false;
+    HDC dc = GetDC(window);
+    HDC memory = CreateCompatibleDC(dc);
+    HBITMAP bitmap = CreateCompatibleBitmap(dc, r.right, r.bottom);
+    HGDIOBJ old = SelectObject(memory, bitmap);
+    const bool copied = PrintWindow(window, memory, PW_CLIENTONLY) || BitBlt(memory, 0, 0, r.right, r.bottom, dc, 0, 0, SRCCOPY);
+    SelectObject(memory, old);
+    const bool ok = copied && ReadBitmap(bitmap, s);
+    DeleteObject(bitmap);
+    DeleteDC(memory);
+    ReleaseDC(window, dc);
+    return ok;
+}
+
+}  // namespace
+
+bool SavePicture(HDC dc, const wchar_t* path, PictureFormat format) {
+    Surface s;
+    return ReadDC(dc, s) && Save(&s, path, format);
+}
+
+bool SavePicture(HBITMAP bitmap, const wchar_t* path, PictureFormat format) {
+    Surface s;
+    return ReadBitmap(bitmap, s) && Save(&s, path, format);
+}
+
+bool SavePicture(HWND window, const wchar_t* path, PictureFormat format) {
+    Surface s;
+    return ReadWindow(window, s) && Save(&s, path, format);
+}
+
+bool EncodePicture(HBITMAP bitmap, PictureFormat format, std::string& bytes) {
+    Surface s;
+    return ReadBitmap(bitmap, s) && EncodeSurface(s, format, bytes);
+}
+
+#else
+
 bool SavePicture(HDC dc, const wchar_t* path, PictureFormat format) {
     auto d = kiv_win32::detail::FindDC(dc);
     return d && Save(&d->Target(), path, format);
@@ -274,6 +422,8 @@ bool EncodePicture(HBITMAP bitmap, PictureFormat format, std::string& bytes) {
     return b && EncodeSurface(*b->surface, format, bytes);
 }
 
+#endif
+
 HBITMAP LoadPicture(const wchar_t* path) {
     std::string bytes;
     if (!path || !kiv_win32::ReadWholeFile(path, bytes, kMaxPictureFile)) return nullptr;
@@ -283,7 +433,7 @@ HBITMAP LoadPicture(const wchar_t* path) {
 HBITMAP DecodePicture(const void* bytes, std::size_t size) {
     const auto* data = static_cast<const std::uint8_t*>(bytes);
     if (!data) return nullptr;
-    if (size >= 8 && png_sig_cmp(data, 0, 8) == 0) return DecodePng(data, size);
+    if (size >= 8 && std::memcmp(data, "\x89PNG\r\n\x1a\n", 8) == 0) return DecodePng(data, size);
     return DecodeBmp(data, size);
 }
 

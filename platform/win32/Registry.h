@@ -4,6 +4,10 @@
 // sizes are bytes of wchar_t (a .reg file holds UTF-16 and is converted at its boundary).
 #pragma once
 
+#ifdef _WIN32
+#include "platform/win32/Win32.h"
+#else
+
 #include <string>
 #include <string_view>
 
@@ -82,3 +86,4 @@ std::string ExportRegistryText();
 bool ImportRegistryText(std::string_view bytes, std::wstring* error = nullptr);
 
 }  // namespace kiv_win32
+#endif  // _WIN32

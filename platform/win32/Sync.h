@@ -3,6 +3,10 @@
 // WaitForSingleObject reach them through their handles like any other kernel object.
 #pragma once
 
+#ifdef _WIN32
+#include "platform/win32/Win32.h"
+#else
+
 #include "platform/win32/Handles.h"
 #include "platform/win32/Win32Types.h"
 
@@ -115,3 +119,4 @@ void Sleep(DWORD milliseconds);
 // Milliseconds from a fixed point of a monotonic clock, wrapping at 2^32 (about 49.7
 // days): measure intervals by unsigned subtraction.
 DWORD GetTickCount();
+#endif  // _WIN32

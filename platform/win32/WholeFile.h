@@ -2,6 +2,10 @@
 // that knows how a file is swapped for a new one without ever leaving it half written.
 #pragma once
 
+#ifdef _WIN32
+#include "platform/win32/Win32.h"
+#else
+
 #include <string>
 #include <string_view>
 
@@ -19,3 +23,4 @@ bool ReadWholeFile(const wchar_t* path, std::string& bytes, size_t limit);
 bool ReplaceWholeFile(const wchar_t* path, std::string_view bytes);
 
 }  // namespace kiv_win32
+#endif  // _WIN32

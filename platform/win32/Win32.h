@@ -1,9 +1,11 @@
 // The Win32 subset the library calls, one header per API family. On Windows the real
-// <windows.h> stands in for all of it.
+// <windows.h> stands in for all of it, and Desktop.h adds what the handheld has and a
+// desktop does not.
 #pragma once
 
 #ifdef _WIN32
 #include <windows.h>
+#include "platform/win32/Desktop.h"
 #else
 #include "platform/win32/Win32Types.h"
 #include "platform/win32/Handles.h"

@@ -2,6 +2,10 @@
 // family of the subset. Each family's header adds its own constants.
 #pragma once
 
+#ifdef _WIN32
+#include "platform/win32/Win32.h"
+#else
+
 #include <cstddef>
 #include <cstdint>
 
@@ -188,3 +192,4 @@ constexpr DWORD ERROR_KEY_DELETED = 1018;
 
 DWORD GetLastError();
 void SetLastError(DWORD error);
+#endif  // _WIN32

@@ -846,7 +846,7 @@ BOOL OffsetByOrigin(HWND window, LPPOINT point, LONG direction) {
 BOOL ClientToScreen(HWND window, LPPOINT point) { return OffsetByOrigin(window, point, 1); }
 BOOL ScreenToClient(HWND window, LPPOINT point) { return OffsetByOrigin(window, point, -1); }
 
-LONG_PTR SetWindowLongW(HWND window, int index, LONG_PTR value) {
+LONG_PTR SetWindowLongPtrW(HWND window, int index, LONG_PTR value) {
     LONG_PTR previous = 0;
     bool known = true;
     if (!WithWindow(window, [&](Window& w) {
@@ -877,7 +877,7 @@ LONG_PTR SetWindowLongW(HWND window, int index, LONG_PTR value) {
     return previous;
 }
 
-LONG_PTR GetWindowLongW(HWND window, int index) {
+LONG_PTR GetWindowLongPtrW(HWND window, int index) {
     LONG_PTR value = 0;
     bool known = true;
     if (!WithWindow(window, [&](Window& w) {
@@ -900,6 +900,29 @@ LONG_PTR GetWindowLongW(HWND window, int index) {
         return 0;
     if (!known) SetLastError(ERROR_INVALID_INDEX);
     return value;
+}
+
+namespace {
+bool HoldsPointerOnly(int index) {
+    return sizeof(LONG_PTR) > sizeof(LONG) &&
+           (index == GWLP_WNDPROC || index == GWLP_HINSTANCE || index == GWLP_HWNDPARENT);
+}
+}  // namespace
+
+LONG SetWindowLongW(HWND window, int index, LONG value) {
+    if (HoldsPointerOnly(index)) {
+        SetLastError(ERROR_INVALID_INDEX);
+        return 0;
+    }
+    return static_cast<LONG>(SetWindowLongPtrW(window, index, value));
+}
+
+LONG GetWindowLongW(HWND window, int index) {
+    if (HoldsPointerOnly(index)) {
+        SetLastError(ERROR_INVALID_INDEX);
+        return 0;
+    }
+    return static_cast<LONG>(GetWindowLongPtrW(window, index));
 }
 
 LRESULT CallWindowProcW(WNDPROC procedure, HWND window, UINT message, WPARAM wParam, LPARAM lParam) {

@@ -3,6 +3,10 @@
 // thread with posted and sent messages; input focus.
 #pragma once
 
+#ifdef _WIN32
+#include "platform/win32/Win32.h"
+#else
+
 #include "platform/win32/Win32Types.h"
 
 // ---- messages ---------------------------------------------------------------------------
@@ -212,13 +216,23 @@ BOOL MoveWindow(HWND window, int x, int y, int width, int height, BOOL repaint);
 BOOL ClientToScreen(HWND window, LPPOINT point);
 BOOL ScreenToClient(HWND window, LPPOINT point);
 
-// The values are LONG_PTR wide, as SetWindowLongPtrW on 64-bit Windows, so that a window
-// procedure survives GWL_WNDPROC subclassing on a 64-bit host. Non-negative indexes
-// address the class's cbWndExtra bytes in the device's 32-bit layout (index + 4 must fit).
-LONG_PTR SetWindowLongW(HWND window, int index, LONG_PTR value);
-LONG_PTR GetWindowLongW(HWND window, int index);
-inline LONG_PTR SetWindowLongPtrW(HWND window, int index, LONG_PTR value) { return SetWindowLongW(window, index, value); }
-inline LONG_PTR GetWindowLongPtrW(HWND window, int index) { return GetWindowLongW(window, index); }
+// Pointer-wide window values: the procedure, the instance, the parent, the user data.
+constexpr int GWLP_WNDPROC = -4;
+constexpr int GWLP_HINSTANCE = -6;
+constexpr int GWLP_HWNDPARENT = -8;
+constexpr int GWLP_ID = -12;
+constexpr int GWLP_USERDATA = -21;
+
+// The Ptr forms carry LONG_PTR values, so a pointer kept in a window survives on a
+// 64-bit host. Non-negative indexes address the class's cbWndExtra bytes in the
+// device's 32-bit layout (index + 4 must fit).
+LONG_PTR SetWindowLongPtrW(HWND window, int index, LONG_PTR value);
+LONG_PTR GetWindowLongPtrW(HWND window, int index);
+// The 32-bit forms keep and return the low 32 bits, as Windows does; where pointers are
+// wider than a LONG they refuse the pointer-only indexes (procedure, instance, parent)
+// with ERROR_INVALID_INDEX.
+LONG SetWindowLongW(HWND window, int index, LONG value);
+LONG GetWindowLongW(HWND window, int index);
 LRESULT CallWindowProcW(WNDPROC procedure, HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
 // ---- messages ------------------------------------------------------------------------------------
@@ -245,3 +259,4 @@ void PostQuitMessage(int exitCode);
 // WM_NCCREATE takes the window text, WM_SETTEXT / WM_GETTEXT / WM_GETTEXTLENGTH keep it,
 // WM_CLOSE destroys the window; everything else answers 0.
 LRESULT DefWindowProcW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+#endif  // _WIN32

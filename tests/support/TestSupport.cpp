@@ -1,9 +1,14 @@
 #include "tests/support/TestSupport.h"
 
+#ifdef _WIN32
+#include <random>
+#else
 #include <sys/xattr.h>
 #include <unistd.h>
+#endif
 
 #include <clocale>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -14,10 +19,30 @@
 
 namespace kiv_test {
 
-TempDeviceRoot::TempDeviceRoot() {
+namespace {
+
+std::string MakeTemporaryFolder() {
+#ifdef _WIN32
+    static std::mt19937 random{std::random_device{}()};
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        char name[32];
+        std::snprintf(name, sizeof name, "kivtest-%08x", static_cast<unsigned>(random()));
+        const auto folder = std::filesystem::temp_directory_path() / name;
+        std::error_code ec;
+        if (std::filesystem::create_directory(folder, ec)) return folder.string();
+    }
+    throw std::runtime_error("no temporary folder could be made");
+#else
     std::string tmpl = (std::filesystem::temp_directory_path() / "kivtest-XXXXXX").string();
     if (!::mkdtemp(tmpl.data())) throw std::runtime_error("mkdtemp failed");
-    path_ = tmpl;
+    return tmpl;
+#endif
+}
+
+}  // namespace
+
+TempDeviceRoot::TempDeviceRoot() {
+    path_ = MakeTemporaryFolder();
     kiv_host::ResetForTesting();
     kiv_host::SetDeviceRoot(path_);
 }
@@ -84,6 +109,9 @@ void WriteFileBytes(const std::string& hostPath, const std::string& bytes) {
 }
 
 bool TempFolderKeepsUserAttributes() {
+#ifdef _WIN32
+    return true;  // the hidden flag is one of the file system's own attributes
+#else
     static const bool keeps = [] {
         std::string file = (std::filesystem::temp_directory_path() / "kivtest-xattr-XXXXXX").string();
         const int fd = ::mkstemp(file.data());
@@ -94,6 +122,7 @@ bool TempFolderKeepsUserAttributes() {
         return set;
     }();
     return keeps;
+#endif
 }
 
 }  // namespace kiv_test

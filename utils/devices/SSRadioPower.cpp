@@ -29,13 +29,13 @@ CSSRadioPowerLibrary::~CSSRadioPowerLibrary() {
 
 int CSSRadioPowerLibrary::CallSet(const wchar_t* function, int value) {
     if (!m_module) return 0;
-    auto set = reinterpret_cast<SetFunction>(GetProcAddressW(m_module, function));
+    auto set = reinterpret_cast<SetFunction>(reinterpret_cast<void (*)()>(GetProcAddressW(m_module, function)));
     return set ? set(value) : 0;
 }
 
 int CSSRadioPowerLibrary::CallGet(const wchar_t* function) {
     if (!m_module) return 0;
-    auto get = reinterpret_cast<GetFunction>(GetProcAddressW(m_module, function));
+    auto get = reinterpret_cast<GetFunction>(reinterpret_cast<void (*)()>(GetProcAddressW(m_module, function)));
     return get ? get() : 0;
 }
 

@@ -80,7 +80,10 @@ public:
     BOOL ChangeButtonBitmap(UINT bitmap) { return ChangeButtonBitmap(L"Z", bitmap); }
     BOOL ChangeButtonBitmap(LPCWSTR name, UINT bitmap);
     void SetWindowTextW(LPCWSTR text);
+#ifndef _WIN32
+    // <windows.h> makes SetWindowText this very name, so only the host spells it out.
     void SetWindowText(LPCWSTR text) { SetWindowTextW(text); }
+#endif
     void FinalizeChanges() { m_titlebar.FinalizeChanges(); }
     CTitlebar& GetTitlebar() { return m_titlebar; }
 

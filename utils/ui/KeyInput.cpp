@@ -6,9 +6,9 @@
 namespace {
 
 LRESULT CALLBACK KeyboardProc(HWND w, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_COMMAND && LOWORD(wParam) == kSoftKeyboardQueryAlpha) return GetWindowLongW(w, GWL_USERDATA) ? 1 : 0;
+    if (message == WM_COMMAND && LOWORD(wParam) == kSoftKeyboardQueryAlpha) return GetWindowLongPtrW(w, GWLP_USERDATA) ? 1 : 0;
     if (message == WM_COMMAND && LOWORD(wParam) == kSoftKeyboardSetAlpha) {
-        SetWindowLongW(w, GWL_USERDATA, lParam ? 1 : 0);
+        SetWindowLongPtrW(w, GWLP_USERDATA, lParam ? 1 : 0);
         return 0;
     }
     return DefWindowProcW(w, message, wParam, lParam);

@@ -67,7 +67,7 @@ CTitlebar::CTitlebar() = default;
 CTitlebar::~CTitlebar() {
     CloseMenu();
     if (window_ && IsWindow(window_)) {
-        SetWindowLongW(window_, GWL_USERDATA, 0);
+        SetWindowLongPtrW(window_, GWLP_USERDATA, 0);
         DestroyWindow(window_);
     }
 }
@@ -251,7 +251,7 @@ BOOL CTitlebar::DisplayMenu(LPCWSTR name) {
     menuWindow_ = CreateWindowExW(0, kMenuClass, L"", WS_CHILD | WS_VISIBLE, button->rect.left, kTitlebarHeight,
                                   kMenuWidth, height, dialog_, nullptr, nullptr, nullptr);
     if (!menuWindow_) return FALSE;
-    SetWindowLongW(menuWindow_, GWL_USERDATA, reinterpret_cast<LONG_PTR>(this));
+    SetWindowLongPtrW(menuWindow_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
     focusBeforeMenu_ = GetFocus();
     SetFocus(menuWindow_);
     PaintMenu();
@@ -281,7 +281,7 @@ void CTitlebar::CloseMenu() {
     HWND w = menuWindow_;
     menuWindow_ = nullptr;
     if (IsWindow(w)) {
-        SetWindowLongW(w, GWL_USERDATA, 0);
+        SetWindowLongPtrW(w, GWLP_USERDATA, 0);
         DestroyWindow(w);
     }
     // The control that had the focus before the menu opened gets it back.
@@ -349,7 +349,7 @@ void CTitlebar::PaintMenu() {
 }
 
 LRESULT CALLBACK CTitlebar::MenuProc(HWND w, UINT message, WPARAM wParam, LPARAM lParam) {
-    auto* bar = reinterpret_cast<CTitlebar*>(GetWindowLongW(w, GWL_USERDATA));
+    auto* bar = reinterpret_cast<CTitlebar*>(GetWindowLongPtrW(w, GWLP_USERDATA));
     if (!bar) return DefWindowProcW(w, message, wParam, lParam);
     const int count = static_cast<int>(bar->shown_.size());
     auto step = [&](int dir) {
@@ -396,7 +396,7 @@ BOOL CTitlebar::InitDialog(HWND dialog, HFONT font, int) {
         window_ = CreateWindowExW(0, kBarClass, L"", WS_CHILD | WS_VISIBLE, 0, 0, r.right, kTitlebarHeight, dialog,
                                   nullptr, nullptr, nullptr);
     if (!window_) return FALSE;
-    SetWindowLongW(window_, GWL_USERDATA, reinterpret_cast<LONG_PTR>(this));
+    SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
     for (auto& i : items_)
         if (i->kind == ItemKind::Title) {
             wchar_t text[256] = {};
@@ -509,7 +509,7 @@ void CTitlebar::Paint(HDC dc, int flag) {
 }
 
 LRESULT CALLBACK CTitlebar::BarProc(HWND w, UINT message, WPARAM wParam, LPARAM lParam) {
-    auto* bar = reinterpret_cast<CTitlebar*>(GetWindowLongW(w, GWL_USERDATA));
+    auto* bar = reinterpret_cast<CTitlebar*>(GetWindowLongPtrW(w, GWLP_USERDATA));
     if (!bar) return DefWindowProcW(w, message, wParam, lParam);
     auto hit = [&]() -> int {
         const POINT p{static_cast<short>(LOWORD(static_cast<DWORD_PTR>(lParam))), static_cast<short>(HIWORD(static_cast<DWORD_PTR>(lParam)))};

@@ -40,6 +40,12 @@ TEST(DevicePaths, NeverClimbAboveTheDeviceRoot) {
     EXPECT_EQ(kiv_host::ToHostPath(L"\\a\\.\\b\\..\\c"), root.path() + "/a/c");
 }
 
+#ifdef _WIN32
+// The C library of Windows sets and clears variables through one call.
+int setenv(const char* name, const char* value, int) { return _putenv_s(name, value); }
+int unsetenv(const char* name) { return _putenv_s(name, ""); }
+#endif
+
 TEST(HostKnobs, DefaultsComeFromTheEnvironmentUntilSet) {
     kiv_host::ResetForTesting();
     ::setenv("KIV_DEVICE_ROOT", "/tmp/kiv-env-root", 1);

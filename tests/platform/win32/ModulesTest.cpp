@@ -33,8 +33,8 @@ TEST_F(Modules, RegisteredModuleIsFoundByNameWithoutRegardToCase) {
                                                {"Mirel_GetSSPowerState", reinterpret_cast<void*>(&GetRegistered)}});
     HMODULE module = LoadLibraryW(L"\\Windows\\MIRELLIB.DLL");
     ASSERT_NE(module, nullptr);
-    auto set = reinterpret_cast<SetPower>(GetProcAddressW(module, L"Mirel_SetSSPowerState"));
-    auto get = reinterpret_cast<GetPower>(GetProcAddressW(module, L"Mirel_GetSSPowerState"));
+    auto set = reinterpret_cast<SetPower>(reinterpret_cast<void (*)()>(GetProcAddressW(module, L"Mirel_SetSSPowerState")));
+    auto get = reinterpret_cast<GetPower>(reinterpret_cast<void (*)()>(GetProcAddressW(module, L"Mirel_GetSSPowerState")));
     ASSERT_NE(set, nullptr);
     ASSERT_NE(get, nullptr);
     set(1);
@@ -50,8 +50,8 @@ TEST_F(Modules, SharedObjectIsLoadedByItsDeviceNameAndCounted) {
     ASSERT_NE(first, nullptr);
     HMODULE second = LoadLibraryW(L"kivtestradio");
     EXPECT_EQ(second, first);
-    auto set = reinterpret_cast<SetPower>(GetProcAddressW(first, L"Mirel_SetSSPowerState"));
-    auto get = reinterpret_cast<GetPower>(GetProcAddressW(first, L"Mirel_GetSSPowerState"));
+    auto set = reinterpret_cast<SetPower>(reinterpret_cast<void (*)()>(GetProcAddressW(first, L"Mirel_SetSSPowerState")));
+    auto get = reinterpret_cast<GetPower>(reinterpret_cast<void (*)()>(GetProcAddressW(first, L"Mirel_GetSSPowerState")));
     ASSERT_NE(set, nullptr);
     ASSERT_NE(get, nullptr);
     EXPECT_EQ(set(1), 1);

@@ -528,3 +528,27 @@ TEST_F(Windows, TerminatedSenderStaysUntilTheOwnerHasFinishedWithItsMessage) {
     PostMessageW(r.window, WM_CLOSE, 0, 0);
     ASSERT_EQ(WaitForSingleObject(r.reader, 10000), WAIT_OBJECT_0);
 }
+
+// A pointer kept in a window must come back whole through the Ptr forms; the 32-bit forms
+// keep only the low half, and where pointers are wider they refuse the procedure index.
+TEST(WindowLongs, PointerFormsKeepPointersAndThirtyTwoBitFormsKeepTheLowHalf) {
+    kiv_test::TempDeviceRoot root;
+    HWND w = MakeOwnWindow(L"longs", DefWindowProcW);
+    ASSERT_NE(w, nullptr);
+    const LONG_PTR wide = sizeof(LONG_PTR) > 4 ? static_cast<LONG_PTR>(0x1234567887654321LL) : 0x12345678;
+    SetWindowLongPtrW(w, GWLP_USERDATA, wide);
+    EXPECT_EQ(GetWindowLongPtrW(w, GWLP_USERDATA), wide);
+    EXPECT_EQ(GetWindowLongW(w, GWLP_USERDATA), static_cast<LONG>(wide));
+
+    SetWindowLongW(w, GWLP_USERDATA, -2);
+    EXPECT_EQ(GetWindowLongPtrW(w, GWLP_USERDATA), -2);  // the LONG is sign-extended
+
+    const LONG_PTR procedure = GetWindowLongPtrW(w, GWLP_WNDPROC);
+    EXPECT_NE(procedure, 0);
+    if (sizeof(LONG_PTR) > sizeof(LONG)) {
+        SetLastError(0);
+        EXPECT_EQ(GetWindowLongW(w, GWLP_WNDPROC), 0);
+        EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_INDEX));
+    }
+    DestroyWindow(w);
+}

@@ -25,7 +25,7 @@ protected:
     static std::string TakeCalls() {
         HMODULE lib = LoadLibraryW(L"MirelLib.dll");
         if (!lib) return "<no library>";
-        auto calls = reinterpret_cast<const char* (*)()>(GetProcAddressW(lib, L"KivTest_Calls"));
+        auto calls = reinterpret_cast<const char* (*)()>(reinterpret_cast<void (*)()>(GetProcAddressW(lib, L"KivTest_Calls")));
         auto clear = reinterpret_cast<void (*)()>(GetProcAddressW(lib, L"KivTest_Clear"));
         std::string seen = calls ? calls() : "<no record>";
         if (clear) clear();

@@ -1,0 +1,22 @@
+#!/bin/sh
+# Runs a cross-built Windows program under Wine, headless: the prefix lives in the build
+# folder (KIV_WINEPREFIX, else ./wineprefix above the program's folder is found by
+# walking up to the folder holding CMakeCache.txt), no X display is opened, Wine's own
+# debug channels are quiet, and the first run does not try to install Mono or Gecko.
+set -eu
+if [ -z "${KIV_WINEPREFIX:-}" ]; then
+    dir=$(pwd)
+    while [ "$dir" != "/" ] && [ ! -f "$dir/CMakeCache.txt" ]; do dir=$(dirname "$dir"); done
+    [ "$dir" = "/" ] && dir=$(pwd)
+    KIV_WINEPREFIX="$dir/wineprefix"
+fi
+mkdir -p "$KIV_WINEPREFIX"
+WINE=${KIV_WINE:-}
+if [ -z "$WINE" ]; then
+    for candidate in wine64 /usr/lib/wine/wine64 wine; do
+        if command -v "$candidate" >/dev/null 2>&1; then WINE=$candidate; break; fi
+    done
+fi
+unset DISPLAY WAYLAND_DISPLAY
+export WINEPREFIX="$KIV_WINEPREFIX" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" WINEARCH=win64
+exec "$WINE" "$@"
