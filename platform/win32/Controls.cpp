@@ -1,4 +1,4 @@
-// The host's standard controls. Each keeps its state behind GWL_USERDATA and paints its
+// The host's standard controls. Each keeps its state behind GWLP_USERDATA and paints its
 // whole client area on WM_PAINT and after every change of what it shows, so that its
 // surface always holds its current picture.
 #include "platform/win32/Controls.h"
@@ -42,7 +42,7 @@ struct ControlState {
     int hot = -1;
 };
 
-ControlState* StateOf(HWND w) { return reinterpret_cast<ControlState*>(GetWindowLongW(w, GWL_USERDATA)); }
+ControlState* StateOf(HWND w) { return reinterpret_cast<ControlState*>(GetWindowLongPtrW(w, GWLP_USERDATA)); }
 
 std::wstring TextOf(HWND w) {
     const int n = GetWindowTextLengthW(w);
@@ -466,7 +466,7 @@ int RowAt(HWND window, const ControlState& s, int selected, LPARAM lParam) {
 constexpr int kDropRows = 8;
 constexpr wchar_t kDropListClass[] = L"ComboLBox";
 
-HWND ComboOf(HWND list) { return reinterpret_cast<HWND>(GetWindowLongW(list, GWL_USERDATA)); }
+HWND ComboOf(HWND list) { return reinterpret_cast<HWND>(GetWindowLongPtrW(list, GWLP_USERDATA)); }
 
 void PaintDropList(HWND list) {
     HWND combo = ComboOf(list);
@@ -515,7 +515,7 @@ void CloseDropDown(HWND w, ControlState& s, bool take) {
 LRESULT CALLBACK DropListProc(HWND list, UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_NCCREATE) {
         const auto* create = reinterpret_cast<const CREATESTRUCTW*>(lParam);
-        SetWindowLongW(list, GWL_USERDATA, reinterpret_cast<LONG_PTR>(create->lpCreateParams));
+        SetWindowLongPtrW(list, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(create->lpCreateParams));
         return DefWindowProcW(list, message, wParam, lParam);
     }
     HWND combo = ComboOf(list);
@@ -653,12 +653,12 @@ LRESULT CALLBACK ControlProc(HWND w, UINT message, WPARAM wParam, LPARAM lParam,
             const auto* create = reinterpret_cast<const CREATESTRUCTW*>(lParam);
             s->readOnly = create && (static_cast<DWORD>(create->style) & ES_READONLY);
         }
-        SetWindowLongW(w, GWL_USERDATA, reinterpret_cast<LONG_PTR>(s));
+        SetWindowLongPtrW(w, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(s));
         return DefWindowProcW(w, message, wParam, lParam);
     }
     ControlState* s = StateOf(w);
     if (message == WM_NCDESTROY) {
-        SetWindowLongW(w, GWL_USERDATA, 0);
+        SetWindowLongPtrW(w, GWLP_USERDATA, 0);
         delete s;
         return 0;
     }

@@ -24,7 +24,7 @@ struct CheckList {
     HFONT font = nullptr;
 };
 
-CheckList* StateOf(HWND w) { return reinterpret_cast<CheckList*>(GetWindowLongW(w, GWL_USERDATA)); }
+CheckList* StateOf(HWND w) { return reinterpret_cast<CheckList*>(GetWindowLongPtrW(w, GWLP_USERDATA)); }
 
 void Notify(HWND w, WORD code) {
     SendMessageW(GetParent(w), WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(w), code), reinterpret_cast<LPARAM>(w));
@@ -92,14 +92,14 @@ void Toggle(HWND w, CheckList& s, int row) {
 }
 
 LRESULT CALLBACK CheckListProc(HWND w, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_NCCREATE) SetWindowLongW(w, GWL_USERDATA, reinterpret_cast<LONG_PTR>(new CheckList));
+    if (message == WM_NCCREATE) SetWindowLongPtrW(w, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(new CheckList));
     CheckList* s = StateOf(w);
     if (!s) return DefWindowProcW(w, message, wParam, lParam);
     const int count = static_cast<int>(s->rows.size());
     const bool valid = wParam < static_cast<WPARAM>(count);
     switch (message) {
         case WM_NCDESTROY:
-            SetWindowLongW(w, GWL_USERDATA, 0);
+            SetWindowLongPtrW(w, GWLP_USERDATA, 0);
             delete s;
             return DefWindowProcW(w, message, wParam, lParam);
         case WM_GETDLGCODE: return DLGC_WANTARROWS | DLGC_WANTCHARS;

@@ -31,7 +31,7 @@ struct CopyList {
     HFONT font = nullptr;
 };
 
-CopyList* StateOf(HWND w) { return reinterpret_cast<CopyList*>(GetWindowLongW(w, GWL_USERDATA)); }
+CopyList* StateOf(HWND w) { return reinterpret_cast<CopyList*>(GetWindowLongPtrW(w, GWLP_USERDATA)); }
 
 int VisibleRows(HWND w) {
     RECT r{};
@@ -139,7 +139,7 @@ int ApplySettings(CopyList& s, const CColumnSettings& settings) {
 }
 
 LRESULT CALLBACK CopyListProc(HWND w, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_NCCREATE) SetWindowLongW(w, GWL_USERDATA, reinterpret_cast<LONG_PTR>(new CopyList));
+    if (message == WM_NCCREATE) SetWindowLongPtrW(w, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(new CopyList));
     CopyList* s = StateOf(w);
     if (!s) return DefWindowProcW(w, message, wParam, lParam);
     const int count = static_cast<int>(s->rows.size());
@@ -147,7 +147,7 @@ LRESULT CALLBACK CopyListProc(HWND w, UINT message, WPARAM wParam, LPARAM lParam
     LRESULT result = 0;
     switch (message) {
         case WM_NCDESTROY:
-            SetWindowLongW(w, GWL_USERDATA, 0);
+            SetWindowLongPtrW(w, GWLP_USERDATA, 0);
             delete s;
             return DefWindowProcW(w, message, wParam, lParam);
         case WM_GETDLGCODE: return DLGC_WANTARROWS | DLGC_WANTCHARS;

@@ -16,12 +16,12 @@ struct Bar {
 };
 
 LRESULT CALLBACK BarProc(HWND w, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_NCCREATE) SetWindowLongW(w, GWL_USERDATA, reinterpret_cast<LONG_PTR>(new Bar));
-    auto* bar = reinterpret_cast<Bar*>(GetWindowLongW(w, GWL_USERDATA));
+    if (message == WM_NCCREATE) SetWindowLongPtrW(w, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(new Bar));
+    auto* bar = reinterpret_cast<Bar*>(GetWindowLongPtrW(w, GWLP_USERDATA));
     if (!bar) return DefWindowProcW(w, message, wParam, lParam);
     switch (message) {
         case WM_NCDESTROY:
-            SetWindowLongW(w, GWL_USERDATA, 0);
+            SetWindowLongPtrW(w, GWLP_USERDATA, 0);
             delete bar;
             return DefWindowProcW(w, message, wParam, lParam);
         case PBM_SETRANGE32:

@@ -103,7 +103,7 @@ BOOL CKivPropertySheet::OnInitDialog() {
     ::RegisterClassW(&wc);
     m_tabs = ::CreateWindowExW(0, kTabsClass, L"", WS_CHILD | WS_VISIBLE, 0, kTitlebarHeight, client.right, kSheetTabHeight,
                                m_hWnd, nullptr, nullptr, nullptr);
-    ::SetWindowLongW(m_tabs, GWL_USERDATA, reinterpret_cast<LONG_PTR>(this));
+    ::SetWindowLongPtrW(m_tabs, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
     const int top = kTitlebarHeight + kSheetTabHeight;
     for (CKivPropertyPage* p : m_pages) {
         p->m_hWndParent = m_hWnd;
@@ -201,7 +201,7 @@ void CKivPropertySheet::PaintTabs() {
 }
 
 LRESULT CALLBACK CKivPropertySheet::TabsProc(HWND w, UINT message, WPARAM wParam, LPARAM lParam) {
-    auto* sheet = reinterpret_cast<CKivPropertySheet*>(::GetWindowLongW(w, GWL_USERDATA));
+    auto* sheet = reinterpret_cast<CKivPropertySheet*>(::GetWindowLongPtrW(w, GWLP_USERDATA));
     if (!sheet) return ::DefWindowProcW(w, message, wParam, lParam);
     switch (message) {
         case WM_PAINT: sheet->PaintTabs(); return 0;

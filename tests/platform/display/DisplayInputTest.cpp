@@ -25,7 +25,7 @@ LRESULT CALLBACK Solid(HWND w, UINT m, WPARAM wp, LPARAM lp) {
         HDC dc = GetDC(w);
         RECT r{};
         GetClientRect(w, &r);
-        HBRUSH b = CreateSolidBrush(static_cast<COLORREF>(GetWindowLongW(w, GWL_USERDATA)));
+        HBRUSH b = CreateSolidBrush(static_cast<COLORREF>(GetWindowLongPtrW(w, GWLP_USERDATA)));
         FillRect(dc, &r, b);
         DeleteObject(b);
         ReleaseDC(w, dc);
@@ -43,7 +43,7 @@ HWND SolidWindow(HWND parent, RECT r, COLORREF colour, bool visible = true) {
     const DWORD style = (parent ? WS_CHILD : WS_POPUP) | (visible ? WS_VISIBLE : 0);
     HWND w = CreateWindowExW(0, L"solid", L"", style, r.left, r.top, r.right - r.left, r.bottom - r.top, parent,
                              nullptr, nullptr, nullptr);
-    SetWindowLongW(w, GWL_USERDATA, static_cast<LONG_PTR>(colour));
+    SetWindowLongPtrW(w, GWLP_USERDATA, static_cast<LONG_PTR>(colour));
     return w;
 }
 
@@ -94,7 +94,7 @@ TEST(WindowPicture, StacksVisibleChildrenClippedToTheirParentsWithoutAskingAnyon
     EXPECT_EQ(At(p, 70, 20), kRed) << "a hidden child is not shown";
 
     // A child that repaints itself shows in the next picture; its parent is not asked.
-    SetWindowLongW(grandchild, GWL_USERDATA, static_cast<LONG_PTR>(kGrey));
+    SetWindowLongPtrW(grandchild, GWLP_USERDATA, static_cast<LONG_PTR>(kGrey));
     SendMessageW(grandchild, WM_PAINT, 0, 0);
     paints = 0;
     ASSERT_TRUE(kiv_display::ComposeWindowPicture(top, p));
