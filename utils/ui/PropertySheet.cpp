@@ -62,6 +62,9 @@ CKivPropertySheet::CKivPropertySheet(LPCWSTR caption, CWnd* parent)
 }
 
 CKivPropertySheet::~CKivPropertySheet() {
+    // The tab strip outlives this part of the object when the base class destroys the
+    // window; it must not reach back into a sheet that is no longer one.
+    if (m_tabs && ::IsWindow(m_tabs)) ::SetWindowLongPtrW(m_tabs, GWLP_USERDATA, 0);
     for (CKivPropertyPage* p : m_pages)
         if (p->m_hWnd && ::IsWindow(p->m_hWnd)) p->DestroyWindow();
 }
