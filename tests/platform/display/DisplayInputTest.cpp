@@ -124,6 +124,7 @@ TEST(WindowPicture, MatchesTheSavedPictureOfAWindowWithStandardControls) {
         for (int x = 0; x < 160; ++x) ASSERT_EQ(At(live, x, y), GetPixel(dc, x, y)) << x << "," << y;
     ReleaseDC(top, dc);
     EXPECT_EQ(live.pixels, saved.pixels);
+    DestroyWindow(top);
 }
 
 TEST(InputFeed, CharactersArriveInTheCaseTypedAndThroughTheKeysWhereTheKeysTypeThem) {
@@ -156,6 +157,7 @@ TEST(InputFeed, CharactersArriveInTheCaseTypedAndThroughTheKeysWhereTheKeysTypeT
     kiv_display::FeedKey(VK_BACK, false);
     Pump();
     EXPECT_EQ(TextOf(edit), L"aB3 x.\u00E9QqZ");
+    DestroyWindow(top);
 }
 
 TEST(InputFeed, APressGoesToTheWindowUnderItWhichKeepsTheMouseUntilRelease) {

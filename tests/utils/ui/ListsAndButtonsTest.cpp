@@ -58,6 +58,8 @@ protected:
         ASSERT_TRUE(host.Create(L"LISTS_HOST"));
         host.ShowWindow(SW_SHOW);
     }
+    // The dialog goes before a derived fixture's device root forgets every window.
+    void TearDown() override { host.DestroyWindow(); }
     const wchar_t* className = kCheckListClass;
     CHostDlg host;
 };
