@@ -78,6 +78,11 @@ BOOL CWnd::SubclassWindow(HWND window) {
     return TRUE;
 }
 
+BOOL CWnd::AttachDlgItem(UINT id, CWnd* parent) {
+    HWND item = parent ? ::GetDlgItem(parent->m_hWnd, static_cast<int>(id)) : nullptr;
+    return item ? Attach(item) : FALSE;
+}
+
 BOOL CWnd::SubclassDlgItem(UINT id, CWnd* parent) {
     HWND item = parent ? ::GetDlgItem(parent->m_hWnd, static_cast<int>(id)) : nullptr;
     return item ? SubclassWindow(item) : FALSE;

@@ -132,6 +132,8 @@ public:
     static CWnd* FromHandlePermanent(HWND window);
     BOOL Attach(HWND window);
     HWND Detach();
+    // Attaches the dialog's control with this identifier, its own procedure kept.
+    BOOL AttachDlgItem(UINT id, CWnd* parent);
     // Routes the window's messages through this object's maps, the old procedure
     // answering what they leave.
     BOOL SubclassWindow(HWND window);

@@ -183,11 +183,6 @@ BOOL CKivCheckListBox::Create(DWORD style, const RECT& rect, CWnd* parent, UINT 
     return CreateEx(0, kCheckListClass, L"", style | WS_CHILD | WS_VISIBLE | WS_TABSTOP, rect, parent, id);
 }
 
-BOOL CKivCheckListBox::AttachItem(UINT id, CWnd* dialog) {
-    HWND item = dialog ? ::GetDlgItem(dialog->m_hWnd, static_cast<int>(id)) : nullptr;
-    return item && Attach(item);
-}
-
 CKivStringT CKivCheckListBox::GetText(int row) const {
     const LRESULT length = SendMessage(LB_GETTEXTLEN, static_cast<WPARAM>(row));
     if (length < 0) return CKivStringT();

@@ -24,7 +24,7 @@ public:
     static void RegisterClass();
     BOOL Create(DWORD style, const RECT& rect, CWnd* parent, UINT id);
     // Wraps the dialog's "KivCheckList" control of this identifier.
-    BOOL AttachItem(UINT id, CWnd* dialog);
+    BOOL AttachItem(UINT id, CWnd* dialog) { return AttachDlgItem(id, dialog); }
 
     int AddString(LPCWSTR text) { return static_cast<int>(SendMessage(LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text))); }
     int GetCount() const { return static_cast<int>(SendMessage(LB_GETCOUNT)); }

@@ -244,11 +244,6 @@ BOOL CKivCopyListCtrl::Create(DWORD style, const RECT& rect, CWnd* parent, UINT 
     return CreateEx(0, kCopyListClass, L"", style | WS_CHILD | WS_VISIBLE | WS_TABSTOP, rect, parent, id);
 }
 
-BOOL CKivCopyListCtrl::AttachItem(UINT id, CWnd* dialog) {
-    HWND item = dialog ? ::GetDlgItem(dialog->m_hWnd, static_cast<int>(id)) : nullptr;
-    return item && Attach(item);
-}
-
 int CKivCopyListCtrl::AddColumn(LPCWSTR id, LPCWSTR heading, int width) {
     const TKivListColumn c{id, heading, width};
     return static_cast<int>(SendMessage(KLM_ADDCOLUMN, 0, reinterpret_cast<LPARAM>(&c)));

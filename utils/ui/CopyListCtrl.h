@@ -37,7 +37,7 @@ public:
     using SharedHeapObject::operator delete;
     static void RegisterClass();
     BOOL Create(DWORD style, const RECT& rect, CWnd* parent, UINT id);
-    BOOL AttachItem(UINT id, CWnd* dialog);
+    BOOL AttachItem(UINT id, CWnd* dialog) { return AttachDlgItem(id, dialog); }
 
     int AddColumn(LPCWSTR id, LPCWSTR heading, int width);
     int AddRow(std::initializer_list<LPCWSTR> cells);
