@@ -44,6 +44,14 @@ public:
     // Reads this group's values and sub-groups up to its end tag.
     void Load(CXmlParser& parser);
 
+    // For the file readers: a value read from the file, with its datum, unannounced.
+    template <class Datum>
+    void AddLoadedValue(const CKivStringT& name, const Datum& datum) {
+        NewLoadedValue<CXmlConfigValue>(*this, name, datum);
+    }
+    // For the file readers, once every item of this group is read.
+    void LoadFinished() { IndexByName(); }
+
 protected:
     bool ShouldAlwaysLoadAllValues() override;
     bool ShouldAlwaysLoadAllGroups() override;
