@@ -105,8 +105,10 @@ void EraseItem(CKivArray<T*>& items, Index& firstByName, const T& item) {
 
 // ---- CConfigValue --------------------------------------------------------------------------
 
-CConfigValue::CConfigValue(CConfigGroup& parent, const CKivStringT& name)
-    : m_parent(parent), m_name(name.view()), m_standIn(parent.m_standIn) {
+CConfigValue::CConfigValue(CConfigGroup& parent, const CKivStringT& name) : CConfigValue(parent, name.view()) {}
+
+CConfigValue::CConfigValue(CConfigGroup& parent, std::wstring_view name)
+    : m_parent(parent), m_name(name), m_standIn(parent.m_standIn) {
     m_parent.Add(*this);
 }
 

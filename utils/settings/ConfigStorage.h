@@ -64,6 +64,7 @@ public:
 
 protected:
     CConfigValue(CConfigGroup& parent, const CKivStringT& name);
+    CConfigValue(CConfigGroup& parent, std::wstring_view name);
 
     // Store a datum without saving or notifying; back ends use these while loading.
     void SetValue(const CKivStringT& value);

@@ -74,14 +74,14 @@ void CreateLoadedValue(CXmlConfigGroup& group, const CKivStringT& name, const CK
                        const CKivStringT& content) {
     // Type words compare case-sensitively; an unknown one creates nothing.
     if (type.Compare(L"str") == 0) {
-        group.AddLoadedValue(name, content);
+        group.AddLoadedValue(name.view(), content);
     } else if (type.Compare(L"int") == 0) {
-        group.AddLoadedValue(name, content.IsEmpty() ? 0 : ReadLong(content));
+        group.AddLoadedValue(name.view(), content.IsEmpty() ? 0 : ReadLong(content));
     } else if (type.Compare(L"dbl") == 0) {
-        group.AddLoadedValue(name, content.IsEmpty() ? 0.0 : ReadDouble(content));
+        group.AddLoadedValue(name.view(), content.IsEmpty() ? 0.0 : ReadDouble(content));
     } else if (type.Compare(L"bool") == 0) {
         // Deliberate: only a non-zero number reads as true; "true" written by hand is false.
-        group.AddLoadedValue(name, !content.IsEmpty() && ReadLong(content) != 0);
+        group.AddLoadedValue(name.view(), !content.IsEmpty() && ReadLong(content) != 0);
     }
 }
 
