@@ -377,7 +377,7 @@ private:
         const size_t nameEnd = PlainRunEnd(rest, 13);
         if (!Begins(From(rest, nameEnd), "\" type=\"")) return false;
         const size_t typeStart = nameEnd + 8;
-        const size_t typeEnd = PlainRunEnd(rest, typeStart);
+        const size_t typeEnd = TypeEnd(rest, typeStart);
         if (!Begins(From(rest, typeEnd), "\">")) return false;
         const std::string_view name = Between(rest, 13, nameEnd);
         const std::string_view type = Between(rest, typeStart, typeEnd);
@@ -403,6 +403,15 @@ private:
     // checks (which cost a call each on this path).
     static std::string_view From(std::string_view s, size_t from) { return {s.data() + from, s.size() - from}; }
     static std::string_view Between(std::string_view s, size_t from, size_t to) { return {s.data() + from, to - from}; }
+
+    // The end of a type word: the words the storage saves are known by sight (each ends
+    // at its quote, as a run would), any other is a run.
+    static size_t TypeEnd(std::string_view s, size_t from) {
+        const std::string_view word = From(s, from);
+        if (Begins(word, "int\"") || Begins(word, "str\"") || Begins(word, "dbl\"")) return from + 3;
+        if (Begins(word, "bool\"")) return from + 4;
+        return PlainRunEnd(s, from);
+    }
 
     // The end of an element's text: plain runs, with quotes allowed between them.
     static size_t ContentEnd(std::string_view s, size_t from) {
@@ -452,7 +461,9 @@ private:
         return true;
     }
 
+    // The saved file breaks its lines with CR LF: that pair is passed in one step.
     void SkipBlanks() {
+        if (pos_ + 2 <= s_.size() && s_[pos_] == '\r' && s_[pos_ + 1] == '\n') pos_ += 2;
         while (pos_ < s_.size() && IsBlank(s_[pos_])) ++pos_;
     }
 
