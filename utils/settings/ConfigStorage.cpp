@@ -105,12 +105,21 @@ void EraseItem(CKivArray<T*>& items, Index& firstByName, const T& item) {
 
 // ---- CConfigValue --------------------------------------------------------------------------
 
-CConfigValue::CConfigValue(CConfigGroup& parent, const CKivStringT& name)
-    : m_parent(parent), m_name(name.view()), m_standIn(parent.m_standIn) {
+CConfigValue::CConfigValue(CConfigGroup& parent, const CKivStringT& name) : CConfigValue(parent, name.view()) {}
+
+CConfigValue::CConfigValue(CConfigGroup& parent, std::wstring_view name)
+    : m_parent(parent), m_name(name), m_standIn(parent.m_standIn) {
     m_parent.Add(*this);
 }
 
 CConfigValue::~CConfigValue() { ClearValueAndType(); }
+
+void CConfigValue::operator delete(CConfigValue* value, std::destroying_delete_t) {
+    const bool inGroupBlock = value->m_inGroupBlock;
+    value->~CConfigValue();
+    // The group's blocks go with the group.
+    if (!inGroupBlock) SharedHeapObject::operator delete(value);
+}
 
 CConfigStorage& CConfigValue::GetStorage() const { return m_parent.GetStorage(); }
 
@@ -244,10 +253,11 @@ void CConfigValue::Notify(bool isNew, bool changed) {
 
 // ---- CConfigGroup --------------------------------------------------------------------------
 
-CConfigGroup::CConfigGroup() = default;
+CConfigGroup::CConfigGroup()
+    : m_ownValueBlocks(std::make_unique<kiv_settings_detail::ItemBlocks>()), m_valueBlocks(m_ownValueBlocks.get()) {}
 
 CConfigGroup::CConfigGroup(CConfigGroup& parent, const CKivStringT& name)
-    : m_parent(&parent), m_name(name), m_standIn(parent.m_standIn) {
+    : m_parent(&parent), m_name(name), m_valueBlocks(parent.m_valueBlocks), m_standIn(parent.m_standIn) {
     parent.Add(*this);
 }
 
@@ -366,14 +376,19 @@ void CConfigGroup::Delete() {
     delete this;
 }
 
+void CConfigGroup::IndexByName() {
+    m_firstValue.Prepare(m_values);
+    m_firstGroup.Prepare(m_groups);
+}
+
 void CConfigGroup::Add(CConfigValue& value) {
     m_values.Add(&value);
-    m_firstValue.Added(m_values, &value);
+    m_firstValue.Added(m_values);
 }
 
 void CConfigGroup::Add(CConfigGroup& group) {
     m_groups.Add(&group);
-    m_firstGroup.Added(m_groups, &group);
+    m_firstGroup.Added(m_groups);
 }
 
 void CConfigGroup::Remove(const CConfigValue& value) { EraseItem(m_values, m_firstValue, value); }

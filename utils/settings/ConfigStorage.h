@@ -3,12 +3,16 @@
 // file, for one) supplies creation, lookup, loading and saving through the private slots.
 #pragma once
 
+#include <memory>
+#include <new>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "platform/kivutils/Heap.h"
 #include "platform/kivutils/KivArray.h"
 #include "platform/kivutils/KivString.h"
+#include "utils/settings/ItemBlocks.h"
 #include "utils/settings/ItemName.h"
 #include "utils/settings/NameIndex.h"
 
@@ -21,6 +25,13 @@ public:
     enum EValueType : int { None = 0, String = 1, Integer = 2, Double = 3, Boolean = 4 };
 
     virtual ~CConfigValue();
+
+    // A value read in bulk lives in its group's blocks (see CConfigGroup::NewLoadedValue)
+    // and a value made one by one on the heap; deleting either runs here, so that every
+    // way of destroying a value frees only what the heap gave.
+    static void operator delete(CConfigValue* value, std::destroying_delete_t);
+    // For a constructor that throws inside a new-expression.
+    using SharedHeapObject::operator delete;
 
     CConfigGroup& GetParent() const { return m_parent; }
     CConfigStorage& GetStorage() const;
@@ -53,6 +64,7 @@ public:
 
 protected:
     CConfigValue(CConfigGroup& parent, const CKivStringT& name);
+    CConfigValue(CConfigGroup& parent, std::wstring_view name);
 
     // Store a datum without saving or notifying; back ends use these while loading.
     void SetValue(const CKivStringT& value);
@@ -83,6 +95,7 @@ private:
     bool m_needsLoad = true;
     // A stand-in for an item that cannot exist (see CConfigGroup): setting it does nothing.
     bool m_standIn = false;
+    bool m_inGroupBlock = false;
     union {
         wchar_t* text;  // null for the empty text
         int integer;
@@ -133,6 +146,18 @@ protected:
     virtual bool ShouldAlwaysLoadAllValues();
     virtual bool ShouldAlwaysLoadAllGroups();
 
+    // For a back end reading its file: a value placed in the tree's blocks, which cost
+    // far less than a heap block per value. It is destroyed as any other value.
+    template <class Value, class... Args>
+    Value* NewLoadedValue(Args&&... args) {
+        Value* value = new (m_valueBlocks->Allocate(sizeof(Value))) Value(std::forward<Args>(args)...);
+        static_cast<CConfigValue*>(value)->m_inGroupBlock = true;
+        return value;
+    }
+    // For a back end that has read all of this group's items: makes the name lookups
+    // now, while the names are fresh in the cache, rather than on the first lookup.
+    void IndexByName();
+
 private:
     friend class CConfigValue;
     friend class CConfigRootGroup;
@@ -176,6 +201,10 @@ private:
     // lookup by name costs the same in a group of ten values as in one of ten thousand.
     kiv_settings_detail::FirstByName<CConfigValue> m_firstValue;
     kiv_settings_detail::FirstByName<CConfigGroup> m_firstGroup;
+    // The room for the values read from the file, shared by the whole tree and owned by
+    // its root, which outlives every value in it.
+    std::unique_ptr<kiv_settings_detail::ItemBlocks> m_ownValueBlocks;
+    kiv_settings_detail::ItemBlocks* m_valueBlocks;
 
     // Stand-ins handed out where no item can exist (a value asked of the root, an index
     // beyond the end), so that a caller's mistake reads defaults instead of crashing.

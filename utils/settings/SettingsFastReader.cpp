@@ -4,11 +4,16 @@
 // nameless groups, stray text) makes it decline.
 #include "utils/settings/SettingsFastReader.h"
 
+#include <bit>
 #include <climits>
 #include <cstdint>
 #include <cstring>
 #include <string>
 #include <vector>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 #include "platform/host/TextCodec.h"
 #include "utils/settings/XmlConfigStorage.h"
@@ -33,18 +38,35 @@ constexpr NameTable kNames;
 
 bool IsNameChar(char c) { return kNames.name[static_cast<unsigned char>(c)]; }
 
-// A short fixed word, compared in place rather than through a library call.
+std::uint64_t Load8(const char* p) {
+    std::uint64_t word;
+    std::memcpy(&word, p, 8);
+    return word;
+}
+
+// Whether the N-1 bytes at `p` are `word`. The words here are 5 to 13 bytes, and two
+// overlapping word loads beat a call into the C library, which the compiler makes for
+// the longer ones.
+template <size_t N>
+bool SameBytes(const char* p, const char (&word)[N]) {
+    constexpr size_t kLength = N - 1;
+    if constexpr (kLength >= 8 && kLength <= 16) {
+        return Load8(p) == Load8(word) && Load8(p + kLength - 8) == Load8(word + kLength - 8);
+    } else {
+        for (size_t i = 0; i < kLength; ++i)
+            if (p[i] != word[i]) return false;
+        return true;
+    }
+}
+
 template <size_t N>
 bool Is(std::string_view s, const char (&word)[N]) {
-    if (s.size() != N - 1) return false;
-    for (size_t i = 0; i + 1 < N; ++i)
-        if (s[i] != word[i]) return false;
-    return true;
+    return s.size() == N - 1 && SameBytes(s.data(), word);
 }
 
 template <size_t N>
 bool Begins(std::string_view s, const char (&word)[N]) {
-    return s.size() >= N - 1 && Is(s.substr(0, N - 1), word);
+    return s.size() >= N - 1 && SameBytes(s.data(), word);
 }
 
 // Characters that end plain text: markup, entities, control characters and quotes. Text
@@ -61,8 +83,20 @@ struct StopTable {
 };
 constexpr StopTable kStops;
 
-// The end of the plain run that starts at `from`.
+// The end of the plain run that starts at `from`. Names and values are a few bytes to a
+// few dozen, so sixteen at a time ends most runs in one step with one well-predicted
+// branch, where a byte loop mispredicts at every run's varying end.
 size_t PlainRunEnd(std::string_view s, size_t from) {
+#if defined(__SSE2__)
+    const __m128i lastControl = _mm_set1_epi8(0x1F);
+    for (; from + 16 <= s.size(); from += 16) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s.data() + from));
+        // An unsigned subtraction that stops at zero leaves zero exactly for the controls.
+        __m128i stops = _mm_cmpeq_epi8(_mm_subs_epu8(bytes, lastControl), _mm_setzero_si128());
+        for (char c : {'<', '>', '&', '"', '\''}) stops = _mm_or_si128(stops, _mm_cmpeq_epi8(bytes, _mm_set1_epi8(c)));
+        if (const int marks = _mm_movemask_epi8(stops)) return from + std::countr_zero(static_cast<unsigned>(marks));
+    }
+#endif
     while (from < s.size() && !kStops.stop[static_cast<unsigned char>(s[from])]) ++from;
     return from;
 }
@@ -79,18 +113,27 @@ void WidenInto(std::string_view utf8, CKivStringT& out) {
     }
 }
 
-// Eight bytes at a time: the whole file is checked before anything is read from it.
+// Thirty-two bytes a step: the whole file is checked before anything is read from it.
 bool IsAscii(std::string_view s) {
+    const char* p = s.data();
     size_t i = 0;
-    for (; i + 8 <= s.size(); i += 8) {
-        std::uint64_t word;
-        std::memcpy(&word, s.data() + i, 8);
-        if (word & 0x8080808080808080ULL) return false;
-    }
+    for (; i + 32 <= s.size(); i += 32)
+        if ((Load8(p + i) | Load8(p + i + 8) | Load8(p + i + 16) | Load8(p + i + 24)) & 0x8080808080808080ULL)
+            return false;
     for (; i < s.size(); ++i)
         if (static_cast<unsigned char>(s[i]) >= 0x80) return false;
     return true;
 }
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+// Adds one digit to a number being read; past 2^32 the number stops growing, which keeps
+// it in range and still beyond every 32-bit value.
+void AddDigit(long long& v, char digit) {
+    if (v <= 1LL << 32) v = v * 10 + (digit - '0');
+}
+
+int ClampToInt(long long v) { return v > INT_MAX ? INT_MAX : v < INT_MIN ? INT_MIN : static_cast<int>(v); }
 
 // The number _wtol reads from ASCII text without control characters: blanks, a sign,
 // decimal digits; a number beyond the 32-bit range gives its nearest end.
@@ -100,17 +143,54 @@ int ReadLongAscii(std::string_view s) {
     bool negative = false;
     if (i < s.size() && (s[i] == '+' || s[i] == '-')) negative = s[i++] == '-';
     long long v = 0;
-    for (; i < s.size() && s[i] >= '0' && s[i] <= '9'; ++i)
-        if (v <= 1LL << 32) v = v * 10 + (s[i] - '0');
-    if (negative) v = -v;
-    return v > INT_MAX ? INT_MAX : v < INT_MIN ? INT_MIN : static_cast<int>(v);
+    for (; i < s.size() && IsDigit(s[i]); ++i) AddDigit(v, s[i]);
+    return ClampToInt(negative ? -v : v);
+}
+
+// The element content of a saved whole number or flag: bare digits, read as they are
+// found (they are what ReadLongAscii reads from them).
+struct Digits {
+    size_t end;
+    int number;
+};
+
+// Up to eight digits at once: each byte less '0' is its digit, and the first byte that is
+// not a digit ends the run (only that lowest mark is certain; a borrow may mark above it).
+// Three multiplies then fold the digits into their number. Longer runs take the loop.
+bool EightDigitsAtOnce(std::string_view s, size_t from, Digits& out) {
+    if (std::endian::native != std::endian::little || from + 8 > s.size()) return false;
+    const std::uint64_t values = Load8(s.data() + from) - 0x3030303030303030ULL;
+    const std::uint64_t nonDigits = (values | (values + 0x7676767676767676ULL)) & 0x8080808080808080ULL;
+    if (nonDigits == 0) return false;
+    const int count = std::countr_zero(nonDigits) / 8;
+    if (count == 0) {
+        out = {from, 0};
+        return true;
+    }
+    // The digits to the top bytes, zeros before them: the number as eight digits.
+    std::uint64_t v = values << (8 * (8 - count));
+    v = (v * 10 + (v >> 8)) & 0x00FF00FF00FF00FFULL;
+    v = (v * 100 + (v >> 16)) & 0x0000FFFF0000FFFFULL;
+    v = (v * 10000 + (v >> 32)) & 0xFFFFFFFFULL;
+    out = {from + count, static_cast<int>(v)};
+    return true;
+}
+
+Digits ReadDigits(std::string_view s, size_t from) {
+    Digits digits;
+    if (EightDigitsAtOnce(s, from, digits)) return digits;
+    long long v = 0;
+    for (; from < s.size() && IsDigit(s[from]); ++from) AddDigit(v, s[from]);
+    return {from, ClampToInt(v)};
 }
 
 // Builds the tree while it reads; the caller undoes it when the text turns out not to be
 // ordinary after all.
 class Builder {
 public:
-    explicit Builder(CConfigGroup& root) : open_{&root} {}
+    // `ascii`: the whole text is ASCII, so that names widen a byte to a character.
+    Builder(CConfigGroup& root, std::string_view text, bool ascii)
+        : open_{&root}, ascii_(ascii), textEnd_(text.data() + text.size()) {}
 
     void OpenGroup(std::string_view name) {
         WidenInto(name, name_);
@@ -119,21 +199,29 @@ public:
         open_.push_back(group);
     }
 
-    void CloseGroup() { open_.pop_back(); }
+    void CloseGroup() {
+        static_cast<CXmlConfigGroup*>(open_.back())->LoadFinished();
+        open_.pop_back();
+    }
+
+    // A whole number or flag whose content was bare digits, already read.
+    void Number(std::string_view name, bool flag, Digits digits, bool empty) {
+        if (flag) Group().AddLoadedValue(Name(name), !empty && digits.number != 0);
+        else Group().AddLoadedValue(Name(name), digits.number);
+    }
 
     void Value(std::string_view name, std::string_view type, std::string_view content) {
-        auto& group = static_cast<CXmlConfigGroup&>(*open_.back());
-        WidenInto(name, name_);
         // Whole numbers and flags are read straight from the bytes, as the format reads
         // them; the other types take the shared way.
         if (Is(type, "int") && IsAscii(content)) {
-            new CXmlConfigValue(group, name_, ReadLongAscii(content));
+            Group().AddLoadedValue(Name(name), ReadLongAscii(content));
         } else if (Is(type, "bool") && IsAscii(content)) {
-            new CXmlConfigValue(group, name_, !content.empty() && ReadLongAscii(content) != 0);
+            Group().AddLoadedValue(Name(name), !content.empty() && ReadLongAscii(content) != 0);
         } else {
+            WidenInto(name, name_);
             WidenInto(type, type_);
             WidenInto(content, content_);
-            CreateLoadedValue(group, name_, type_, content_);
+            CreateLoadedValue(Group(), name_, type_, content_);
         }
     }
 
@@ -144,8 +232,45 @@ public:
     }
 
 private:
+    CXmlConfigGroup& Group() { return static_cast<CXmlConfigGroup&>(*open_.back()); }
+
+    // The name as wide text. Names are short: an ASCII one widens into a fixed buffer,
+    // where the string's resizing would cost more than the widening.
+    std::wstring_view Name(std::string_view name) {
+        if (!ascii_ || name.size() > kNameBuffer) {
+            WidenInto(name, name_);
+            return name_.view();
+        }
+        WidenAscii(name, nameBuffer_);
+        return {nameBuffer_, name.size()};
+    }
+
+    // Eight characters a step where the text goes on far enough for whole steps (a name is
+    // followed by at least its closing quote and the tag's end); one at a time elsewhere.
+    void WidenAscii(std::string_view name, wchar_t* out) const {
+        size_t i = 0;
+#if defined(__SSE2__)
+        if constexpr (sizeof(wchar_t) == 4) {
+            const __m128i zero = _mm_setzero_si128();
+            for (; i < name.size() && name.data() + i + 8 <= textEnd_; i += 8) {
+                const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(name.data() + i));
+                const __m128i halves = _mm_unpacklo_epi8(bytes, zero);
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), _mm_unpacklo_epi16(halves, zero));
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i + 4), _mm_unpackhi_epi16(halves, zero));
+            }
+        }
+#endif
+        for (; i < name.size(); ++i) out[i] = static_cast<wchar_t>(name[i]);
+    }
+
+    static constexpr size_t kNameBuffer = 64;
+
     std::vector<CConfigGroup*> open_;
     std::vector<CConfigGroup*> topLevel_;
+    const bool ascii_;
+    const char* const textEnd_;
+    // Room for a whole last step of eight past the longest name.
+    wchar_t nameBuffer_[kNameBuffer + 8];
     CKivStringT name_, type_, content_;
 };
 
@@ -158,6 +283,7 @@ public:
         int depth = 0;
         for (;;) {
             SkipBlanks();
+            if (depth > 0 && SavedValue(out)) continue;
             if (pos_ + 1 < s_.size() && s_[pos_ + 1] == '/') {
                 if (Literal("</group>")) {
                     if (--depth < 0) return false;
@@ -171,8 +297,7 @@ public:
             Attributes attributes;
             if (!StartTag(tag, attributes)) return false;
             if (Is(tag, "value") && depth > 0) {
-                size_t end = PlainRunEnd(s_, pos_);
-                while (end < s_.size() && (s_[end] == '"' || s_[end] == '\'')) end = PlainRunEnd(s_, end + 1);
+                const size_t end = ContentEnd(s_, pos_);
                 const std::string_view content = s_.substr(pos_, end - pos_);
                 pos_ = end;
                 if (!Literal("</value>")) return false;
@@ -243,6 +368,58 @@ private:
         }
     }
 
+    // A value element exactly as the storage saves it, '<value name="N" type="T">C</value>',
+    // read in one go; it reads as the general way below reads it. Anything else is left
+    // to that way, from the same place.
+    bool SavedValue(Builder& out) {
+        const std::string_view rest = From(s_, pos_);
+        if (!Begins(rest, "<value name=\"")) return false;
+        const size_t nameEnd = PlainRunEnd(rest, 13);
+        if (!Begins(From(rest, nameEnd), "\" type=\"")) return false;
+        const size_t typeStart = nameEnd + 8;
+        const size_t typeEnd = TypeEnd(rest, typeStart);
+        if (!Begins(From(rest, typeEnd), "\">")) return false;
+        const std::string_view name = Between(rest, 13, nameEnd);
+        const std::string_view type = Between(rest, typeStart, typeEnd);
+        const size_t contentStart = typeEnd + 2;
+        // Whole numbers and flags are saved as bare digits: read while they are found.
+        const bool flag = Is(type, "bool");
+        if (flag || Is(type, "int")) {
+            const Digits digits = ReadDigits(rest, contentStart);
+            if (Begins(From(rest, digits.end), "</value>")) {
+                if (!name.empty()) out.Number(name, flag, digits, digits.end == contentStart);
+                pos_ += digits.end + 8;
+                return true;
+            }
+        }
+        const size_t contentEnd = ContentEnd(rest, contentStart);
+        if (!Begins(From(rest, contentEnd), "</value>")) return false;
+        if (!name.empty() && !type.empty()) out.Value(name, type, Between(rest, contentStart, contentEnd));
+        pos_ += contentEnd + 8;
+        return true;
+    }
+
+    // Views of `s` at positions already known to lie within it, without the library's
+    // checks (which cost a call each on this path).
+    static std::string_view From(std::string_view s, size_t from) { return {s.data() + from, s.size() - from}; }
+    static std::string_view Between(std::string_view s, size_t from, size_t to) { return {s.data() + from, to - from}; }
+
+    // The end of a type word: the words the storage saves are known by sight (each ends
+    // at its quote, as a run would), any other is a run.
+    static size_t TypeEnd(std::string_view s, size_t from) {
+        const std::string_view word = From(s, from);
+        if (Begins(word, "int\"") || Begins(word, "str\"") || Begins(word, "dbl\"")) return from + 3;
+        if (Begins(word, "bool\"")) return from + 4;
+        return PlainRunEnd(s, from);
+    }
+
+    // The end of an element's text: plain runs, with quotes allowed between them.
+    static size_t ContentEnd(std::string_view s, size_t from) {
+        size_t end = PlainRunEnd(s, from);
+        while (end < s.size() && (s[end] == '"' || s[end] == '\'')) end = PlainRunEnd(s, end + 1);
+        return end;
+    }
+
     // The start tags exactly as the storage saves them, '<group name="N">' and
     // '<value name="N" type="T">', read without the general loop below (whose short,
     // varying runs cost more in mispredicted branches than in reading); they read as
@@ -284,7 +461,9 @@ private:
         return true;
     }
 
+    // The saved file breaks its lines with CR LF: that pair is passed in one step.
     void SkipBlanks() {
+        if (pos_ + 2 <= s_.size() && s_[pos_] == '\r' && s_[pos_ + 1] == '\n') pos_ += 2;
         while (pos_ < s_.size() && IsBlank(s_[pos_])) ++pos_;
     }
 
@@ -296,8 +475,9 @@ private:
 
 bool ReadOrdinarySettings(std::string_view bytes, CConfigGroup& root) {
     if (bytes.substr(0, 3) == "\xEF\xBB\xBF") bytes.remove_prefix(3);
-    if (!IsAscii(bytes) && !kiv_text::IsValidUtf8(bytes)) return false;
-    Builder builder(root);
+    const bool ascii = IsAscii(bytes);
+    if (!ascii && !kiv_text::IsValidUtf8(bytes)) return false;
+    Builder builder(root, bytes, ascii);
     if (Scanner(bytes).Run(builder)) return true;
     builder.Undo();
     return false;

@@ -74,14 +74,14 @@ void CreateLoadedValue(CXmlConfigGroup& group, const CKivStringT& name, const CK
                        const CKivStringT& content) {
     // Type words compare case-sensitively; an unknown one creates nothing.
     if (type.Compare(L"str") == 0) {
-        new CXmlConfigValue(group, name, content);
+        group.AddLoadedValue(name.view(), content);
     } else if (type.Compare(L"int") == 0) {
-        new CXmlConfigValue(group, name, content.IsEmpty() ? 0 : ReadLong(content));
+        group.AddLoadedValue(name.view(), content.IsEmpty() ? 0 : ReadLong(content));
     } else if (type.Compare(L"dbl") == 0) {
-        new CXmlConfigValue(group, name, content.IsEmpty() ? 0.0 : ReadDouble(content));
+        group.AddLoadedValue(name.view(), content.IsEmpty() ? 0.0 : ReadDouble(content));
     } else if (type.Compare(L"bool") == 0) {
         // Deliberate: only a non-zero number reads as true; "true" written by hand is false.
-        new CXmlConfigValue(group, name, !content.IsEmpty() && ReadLong(content) != 0);
+        group.AddLoadedValue(name.view(), !content.IsEmpty() && ReadLong(content) != 0);
     }
 }
 
@@ -147,7 +147,7 @@ void CXmlConfigGroup::Load(CXmlParser& parser) {
     CKivArray<CKivStringT> unused;
     while (parser.ReadToken(tag, attributes, content)) {
         // Deliberate: the end tag of a skipped, nameless group ends this group early.
-        if (IsEndTagOf(tag, kGroup)) return;
+        if (IsEndTagOf(tag, kGroup)) break;
         if (tag.Compare(kGroup) == 0) {
             const CKivStringT name = CXmlParser::ReadAttrib(attributes, L"name");
             // A group too deep is skipped as a nameless one is, so recursion stays bounded.
@@ -162,6 +162,7 @@ void CXmlConfigGroup::Load(CXmlParser& parser) {
                 kiv_settings_detail::CreateLoadedValue(*this, name, type, content);
         }
     }
+    LoadFinished();
 }
 
 // ---- CXmlConfigStorage ----------------------------------------------------------------------

@@ -3,6 +3,8 @@
 // tree goes. Root element "kiv_config", groups and typed values one element a line.
 #pragma once
 
+#include <string_view>
+
 #include "platform/kivutils/KivString.h"
 #include "utils/settings/ConfigStorage.h"
 
@@ -21,6 +23,12 @@ public:
     CXmlConfigValue(CXmlConfigGroup& parent, const CKivStringT& name, int value);
     CXmlConfigValue(CXmlConfigGroup& parent, const CKivStringT& name, double value);
     CXmlConfigValue(CXmlConfigGroup& parent, const CKivStringT& name, bool value);
+    // For the file readers: the name as the text holds it, with no string made for it.
+    struct ReadName {
+        std::wstring_view text;
+    };
+    template <class Datum>
+    CXmlConfigValue(CXmlConfigGroup& parent, ReadName name, const Datum& value);
     ~CXmlConfigValue() override;
 
 private:
@@ -44,6 +52,14 @@ public:
     // Reads this group's values and sub-groups up to its end tag.
     void Load(CXmlParser& parser);
 
+    // For the file readers: a value read from the file, with its datum, unannounced.
+    template <class Datum>
+    void AddLoadedValue(std::wstring_view name, const Datum& datum) {
+        NewLoadedValue<CXmlConfigValue>(*this, CXmlConfigValue::ReadName{name}, datum);
+    }
+    // For the file readers, once every item of this group is read.
+    void LoadFinished() { IndexByName(); }
+
 protected:
     bool ShouldAlwaysLoadAllValues() override;
     bool ShouldAlwaysLoadAllGroups() override;
@@ -59,6 +75,12 @@ private:
     void LoadAllGroups() override;
     void DoSave() override;
 };
+
+template <class Datum>
+CXmlConfigValue::CXmlConfigValue(CXmlConfigGroup& parent, ReadName name, const Datum& value)
+    : CConfigValue(parent, name.text) {
+    SetValue(value);
+}
 
 class CXmlConfigStorage : public CConfigStorage {
 public:
