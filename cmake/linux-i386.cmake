@@ -19,8 +19,12 @@ list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES KIV_I386_SYSROOT)
 
 set(CMAKE_SYSTEM_PROCESSOR i686)
 set(CMAKE_LIBRARY_ARCHITECTURE i386-linux-gnu)
-set(CMAKE_C_FLAGS_INIT "-m32")
-set(CMAKE_CXX_FLAGS_INIT "-m32")
+# Doubles are computed in SSE2 registers, each operation rounded to double, as on the
+# handheld and on every 64-bit host. The i386 default, the x87 unit, keeps intermediates
+# in 80 bits, and number text that repeats the device's arithmetic step by step (feet and
+# inches, rounding at a half) then lands on the other side of a boundary.
+set(CMAKE_C_FLAGS_INIT "-m32 -msse2 -mfpmath=sse")
+set(CMAKE_CXX_FLAGS_INIT "-m32 -msse2 -mfpmath=sse")
 
 # The sysroot's libraries load libraries of their own (FreeType loads zlib and Brotli,
 # HarfBuzz loads GLib) that no 64-bit host has in its search path. An old-style RPATH,

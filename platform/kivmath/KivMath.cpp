@@ -2,8 +2,15 @@
 // international foot as 0.3048 m exactly.
 #include "platform/kivmath/KivMath.h"
 
+#include <cfloat>
 #include <cmath>
 #include <numbers>
+
+// The family's values and the library's number text repeat the device's arithmetic step
+// by step, and each step must round to double as it does there: a compiler that keeps
+// intermediates wider (the x87 unit, which i386 uses unless told -mfpmath=sse) moves
+// values that sit on a rounding boundary, such as 31/64" shown to 1/32".
+static_assert(FLT_EVAL_METHOD == 0, "double arithmetic must round every operation to double");
 
 namespace {
 constexpr double kUsFootMetres = 1200.0 / 3937.0;

@@ -13,7 +13,11 @@ trap 'rm -rf "$work"' EXIT
 
 cmake --install "$build" --prefix "$work/prefix" >/dev/null
 run=${KIV_CONSUMER_RUN:-}
-cmake -S "$root/tests/install/consumer" -B "$work/cmake" -G Ninja -DCMAKE_PREFIX_PATH="$work/prefix" >/dev/null
+# Another target's toolchain finds packages only inside its sysroot; the prefix is then
+# named as the staging prefix, which such a toolchain searches as it stands.
+staging=
+[ -n "${CMAKE_TOOLCHAIN_FILE:-}" ] && staging="-DCMAKE_STAGING_PREFIX=$work/prefix"
+cmake -S "$root/tests/install/consumer" -B "$work/cmake" -G Ninja -DCMAKE_PREFIX_PATH="$work/prefix" $staging >/dev/null
 cmake --build "$work/cmake" >/dev/null
 $run "$work/cmake/consumer"
 

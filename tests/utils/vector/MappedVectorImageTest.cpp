@@ -1,6 +1,6 @@
 // Loading an image through a mapping: the same image as the ordinary load, with every
-// page still the file's own (as /proc/self/smaps reports the view), and a file that a
-// later change of the image never reaches.
+// page still the file's own where pointer words are offsets (as /proc/self/smaps reports
+// the view), and a file that a later change of the image never reaches.
 #include "utils/vector/MappedVectorImage.h"
 
 #include <gtest/gtest.h>
@@ -26,6 +26,21 @@ std::shared_ptr<VectorBlob> survey(int points, int lines) {
     return producer.build();
 }
 
+// The first line of the region holding `address` in a maps-style `table`; empty if none.
+std::string regionLine(const char* table, const void* address) {
+    std::ifstream lines(table);
+    const auto at = reinterpret_cast<std::uintptr_t>(address);
+    for (std::string line; std::getline(lines, line);) {
+        std::uintptr_t start = 0, end = 0;
+        char dash = 0;
+        std::istringstream header(line);
+        if (line.find(':') > line.find(' ') && header >> std::hex >> start >> dash >> end && dash == '-' &&
+            at >= start && at < end)
+            return line;
+    }
+    return {};
+}
+
 // The kilobytes of the view holding `address` that smaps counts under `field`
 // ("Anonymous" are pages the process copied; "Rss" all pages present); -1 if not found.
 long viewKilobytes(const void* address, const std::string& field) {
@@ -45,16 +60,25 @@ long viewKilobytes(const void* address, const std::string& field) {
     return -1;
 }
 
-TEST(MappedVectorImage, LoadsTheSameImageWithoutCopyingAPageAndNeverWritesTheFile) {
-    kiv_test::TempDeviceRoot root;
-    VectorImageLibrary library(L"\\Maps");
-    ASSERT_TRUE(library.saveImage(L"site.vec", survey(60000, 20000)));  // about 2.5 MB
-    const std::string file = kiv_test::ReadFileBytes(root.HostPath(L"\\Maps\\site.vec"));
+// A site of about 2.5 MB saved as \Maps\site.vec, read the ordinary way and mapped.
+class MappedSite : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(library.saveImage(L"site.vec", survey(60000, 20000)));
+        file = kiv_test::ReadFileBytes(root.HostPath(L"\\Maps\\site.vec"));
+        read = library.getImage(L"site.vec");
+        mapped = loadMappedVectorImage(L"\\Maps\\SITE.vec", &result);
+        ASSERT_TRUE(read && mapped);
+    }
 
-    auto read = library.getImage(L"site.vec");
+    kiv_test::TempDeviceRoot root;
+    VectorImageLibrary library{L"\\Maps"};
+    std::string file;
+    std::shared_ptr<VectorBlob> read, mapped;
     EMappedLoadResult result = EMappedLoadResult::eNoFile;
-    auto mapped = loadMappedVectorImage(L"\\Maps\\SITE.vec", &result);
-    ASSERT_TRUE(read && mapped);
+};
+
+TEST_F(MappedSite, LoadsTheSameImageAsTheOrdinaryLoadAndNeverWritesTheFile) {
     EXPECT_EQ(result, EMappedLoadResult::eLoaded);
     EXPECT_EQ(mapped->getPointCount(), 60000u);
     EXPECT_EQ(mapped->getLineCount(), read->getLineCount());
@@ -66,16 +90,35 @@ TEST(MappedVectorImage, LoadsTheSameImageWithoutCopyingAPageAndNeverWritesTheFil
     EXPECT_EQ(pen.colour, RGB(200, 0, 0));
     EXPECT_EQ(buildQuadtree(*mapped)->getRoot()->getBBox().right, buildQuadtree(*read)->getRoot()->getBBox().right);
 
-    // Every page has been read by now, and none of them is a copy.
-    const void* view = mapped->getDirectory();
-    EXPECT_GT(viewKilobytes(view, "Rss"), 2000);
-    EXPECT_EQ(viewKilobytes(view, "Anonymous"), 0);
-
-    // Saving writes the pointer fields (and so copies their pages) but never the file.
+    // Loading (which writes every pointer field where words are addresses) and saving
+    // (which writes them all) change the view, never the file, and the saved words are
+    // the file's again.
     ASSERT_TRUE(library.saveImage(L"copy.vec", mapped));
-    EXPECT_GT(viewKilobytes(view, "Anonymous"), 0);
     EXPECT_EQ(kiv_test::ReadFileBytes(root.HostPath(L"\\Maps\\site.vec")), file);
     EXPECT_EQ(kiv_test::ReadFileBytes(root.HostPath(L"\\Maps\\copy.vec")), file);
+}
+
+TEST_F(MappedSite, CopiesOnlyThePagesItWritesAndGoesWithTheLastCopyOfTheBlob) {
+    const void* view = mapped->getDirectory();
+    const std::string region = regionLine("/proc/self/maps", view);
+    ASSERT_NE(region.find("site.vec"), std::string::npos) << "the view is not the file's mapping: " << region;
+    if (regionLine("/proc/self/smaps", view) != region)
+        GTEST_SKIP() << "/proc/self/smaps does not describe this process's own mappings (qemu's user-mode "
+                        "emulator shows its own, at host addresses), so copied pages cannot be counted here";
+
+    // Every page has been read by now. Where pointer words are offsets, loading wrote
+    // nothing and no page is a copy; where they are addresses, loading added the view's
+    // address to every pointer field, as the device does, and those pages are copies.
+    ASSERT_EQ(mapped->getPointCount(), 60000u);
+    EXPECT_GT(viewKilobytes(view, "Rss"), 2000);
+    if constexpr (sizeof(void*) > sizeof(std::uint32_t))
+        EXPECT_EQ(viewKilobytes(view, "Anonymous"), 0);
+    else
+        EXPECT_GT(viewKilobytes(view, "Anonymous"), 0);
+
+    // Saving writes the pointer fields, and so copies their pages.
+    ASSERT_TRUE(library.saveImage(L"copy.vec", mapped));
+    EXPECT_GT(viewKilobytes(view, "Anonymous"), 0);
     mapped.reset();
     EXPECT_EQ(viewKilobytes(view, "Rss"), -1) << "the view goes with the last copy of the blob";
 }

@@ -147,8 +147,14 @@ TEST(PoolDeserialize, PointerListNamesEveryFixupFieldInTableOrderInTheManagerAnd
         EXPECT_EQ(list[0], image.data() + points + 52);
         EXPECT_EQ(list[1], image.data() + points + 24);
     }
-    // Loading leaves the fields as they were: a loaded image's words are its offsets.
-    EXPECT_EQ(readU32(image.data() + points + 52), points + 28);
+    // A loaded field names its target. Where words are offsets, loading leaves it as it
+    // was (the image is its own arena); where they are addresses, it adds the image's.
+    const std::uint32_t word = readU32(image.data() + points + 52);
+    EXPECT_EQ(pools.fromWord(word, 4), image.data() + points + 28);
+    if constexpr (sizeof(void*) > sizeof(std::uint32_t))
+        EXPECT_EQ(word, points + 28);
+    else
+        EXPECT_EQ(word, reinterpret_cast<std::uintptr_t>(image.data() + points + 28));
     // A field added through the collector goes after the loaded ones.
     pools.getPointerCollector()->processPointer(image.data() + points);
     EXPECT_EQ(pools.getPointerList().GetSize(), 3);
