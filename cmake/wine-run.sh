@@ -19,4 +19,9 @@ if [ -z "$WINE" ]; then
 fi
 unset DISPLAY WAYLAND_DISPLAY
 export WINEPREFIX="$KIV_WINEPREFIX" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" WINEARCH=win64
+# Without a display windows still need a graphics driver: Wine's null driver keeps them,
+# their surfaces and their messages in memory.
+if [ -f "$KIV_WINEPREFIX/system.reg" ] && ! grep -qs '"Graphics"="null"' "$KIV_WINEPREFIX/user.reg"; then
+    "$WINE" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f >/dev/null 2>&1 || true
+fi
 exec "$WINE" "$@"
