@@ -109,8 +109,8 @@ TEST_F(Windows, CreationSendsNcCreateAndCreateAndKeepsParentIdTextAndClassForFin
     ASSERT_NE(dialog, nullptr);
     HWND ok = Make(L"OK", WS_CHILD | WS_VISIBLE, dialog, 1);
     ASSERT_NE(ok, nullptr);
-    EXPECT_EQ(seen.messages[0], std::make_pair(dialog, WM_NCCREATE));
-    EXPECT_EQ(seen.messages[1], std::make_pair(dialog, WM_CREATE));
+    EXPECT_EQ(seen.messages[0], (std::pair<HWND, UINT>(dialog, WM_NCCREATE)));
+    EXPECT_EQ(seen.messages[1], (std::pair<HWND, UINT>(dialog, WM_CREATE)));
     EXPECT_EQ(GetParent(ok), dialog);
     EXPECT_EQ(GetParent(dialog), nullptr);
     EXPECT_EQ(GetDlgItem(dialog, 1), ok);
