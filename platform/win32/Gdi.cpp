@@ -7,6 +7,7 @@
 #include "platform/win32/GdiObjects.h"
 #include "platform/win32/GdiText.h"
 #include "platform/win32/WindowHooks.h"
+#include "platform/win32/Windows.h"
 
 using namespace kiv_win32::detail;
 
@@ -143,6 +144,26 @@ int ReleaseDC(HWND window, HDC dc) {
     kiv_win32::RemoveHandle(dc);
     if (window) kiv_win32::detail::NotifyWindowChange(window, kiv_win32::WindowChange::Pixels);
     return 1;
+}
+
+HDC BeginPaint(HWND window, LPPAINTSTRUCT paint) {
+    if (!paint) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return nullptr;
+    }
+    *paint = PAINTSTRUCT{};
+    if (!IsWindow(window)) {
+        SetLastError(ERROR_INVALID_WINDOW_HANDLE);
+        return nullptr;
+    }
+    GetClientRect(window, &paint->rcPaint);
+    paint->hdc = GetDC(window);
+    return paint->hdc;
+}
+
+BOOL EndPaint(HWND window, const PAINTSTRUCT* paint) {
+    if (paint && paint->hdc) ReleaseDC(window, paint->hdc);
+    return TRUE;
 }
 
 HWND WindowFromDC(HDC dc) {

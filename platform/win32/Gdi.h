@@ -193,6 +193,22 @@ HDC GetDC(HWND window);
 int ReleaseDC(HWND window, HDC dc);
 HWND WindowFromDC(HDC dc);
 
+// Painting in answer to WM_PAINT. The host keeps no update region and sends WM_PAINT only
+// when asked, so BeginPaint gives the window's device context over its whole client area
+// and EndPaint releases it; where the system keeps update regions, EndPaint is also what
+// validates the window, so a WM_PAINT handler must paint between the two.
+struct PAINTSTRUCT {
+    HDC hdc;
+    BOOL fErase;
+    RECT rcPaint;
+    BOOL fRestore;
+    BOOL fIncUpdate;
+    BYTE rgbReserved[32];
+};
+using LPPAINTSTRUCT = PAINTSTRUCT*;
+HDC BeginPaint(HWND window, LPPAINTSTRUCT paint);
+BOOL EndPaint(HWND window, const PAINTSTRUCT* paint);
+
 // ---- objects ------------------------------------------------------------------------------------
 
 HBITMAP CreateDIBSection(HDC dc, const BITMAPINFO* info, UINT usage, void** bits, HANDLE section, DWORD offset);
