@@ -19,4 +19,13 @@ if [ -z "$WINE" ]; then
 fi
 unset DISPLAY WAYLAND_DISPLAY
 export WINEPREFIX="$KIV_WINEPREFIX" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" WINEARCH=win64
+# Without a display no graphics driver loads and every CreateWindowEx fails; the null
+# driver gives real windows that draw into memory only. The desktop reads the choice when
+# it starts, so a new prefix is told once and its session ended before the program runs.
+if ! grep -qs '^"Graphics"="null"' "$KIV_WINEPREFIX/user.reg"; then
+    "$WINE" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f >/dev/null 2>&1
+    server=$(dirname "$(command -v "$WINE")")/wineserver
+    [ -x "$server" ] || server=$(command -v wineserver || echo /usr/lib/wine/wineserver)
+    "$server" -w 2>/dev/null || true
+fi
 exec "$WINE" "$@"

@@ -71,6 +71,7 @@ BOOL DeviceMoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags);
 BOOL DeviceDeleteFileW(LPCWSTR path);
 BOOL DeviceCreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES security);
 FILE* DeviceWfopen(const wchar_t* path, const wchar_t* mode);
+HANDLE DeviceFindFirstFileW(LPCWSTR pattern, LPWIN32_FIND_DATAW data);
 
 }  // namespace kiv_win32
 
@@ -83,6 +84,7 @@ FILE* DeviceWfopen(const wchar_t* path, const wchar_t* mode);
 #undef MoveFileEx
 #undef DeleteFile
 #undef CreateDirectory
+#undef FindFirstFile
 #define CreateFileW kiv_win32::DeviceCreateFileW
 #define GetFileAttributesW kiv_win32::DeviceGetFileAttributesW
 #define GetFileAttributesExW kiv_win32::DeviceGetFileAttributesExW
@@ -92,4 +94,5 @@ FILE* DeviceWfopen(const wchar_t* path, const wchar_t* mode);
 #define DeleteFileW kiv_win32::DeviceDeleteFileW
 #define CreateDirectoryW kiv_win32::DeviceCreateDirectoryW
 #define _wfopen kiv_win32::DeviceWfopen
+#define FindFirstFileW kiv_win32::DeviceFindFirstFileW
 #endif
