@@ -2,7 +2,9 @@
 // reset hooks through which every module with process-wide state can be made to forget it.
 #include "platform/host/Host.h"
 
-#ifndef _WIN32
+#ifdef _WIN32
+#include <windows.h>
+#else
 #include <dirent.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -132,6 +134,41 @@ EModel ModelFromName(const std::string& name) {
     return EModel::Unknown;
 }
 
+#ifdef _WIN32
+// The registry is the system's here. From the first reset on, this process's
+// HKEY_LOCAL_MACHINE and HKEY_CURRENT_USER are redirected to keys of its own under
+// HKEY_CURRENT_USER\Software\KivHost, emptied on every reset and removed at exit: a test
+// sees only what it wrote, and the system's own keys are never touched.
+void ResetRegistrySandbox() {
+    static HKEY sandbox = [] {
+        HKEY key = nullptr;
+        const std::wstring path = L"Software\\KivHost\\Test" + std::to_wstring(GetCurrentProcessId());
+        if (RegCreateKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                            &key, nullptr) != ERROR_SUCCESS)
+            return static_cast<HKEY>(nullptr);
+        std::atexit([] {
+            RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
+            RegOverridePredefKey(HKEY_CURRENT_USER, nullptr);
+            RegDeleteTreeW(sandbox, nullptr);
+            RegCloseKey(sandbox);
+            const std::wstring own = L"Software\\KivHost\\Test" + std::to_wstring(GetCurrentProcessId());
+            RegDeleteKeyW(HKEY_CURRENT_USER, own.c_str());
+        });
+        return key;
+    }();
+    if (!sandbox) return;
+    RegDeleteTreeW(sandbox, nullptr);
+    for (const auto& [root, name] : {std::pair{HKEY_LOCAL_MACHINE, L"HKLM"}, std::pair{HKEY_CURRENT_USER, L"HKCU"}}) {
+        HKEY key = nullptr;
+        if (RegCreateKeyExW(sandbox, name, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr) !=
+            ERROR_SUCCESS)
+            continue;
+        RegOverridePredefKey(root, key);  // keeps a handle of its own
+        RegCloseKey(key);
+    }
+}
+#endif
+
 }  // namespace
 
 void SetDeviceRoot(const std::string& hostPath) {
@@ -209,6 +246,9 @@ void ResetForTesting() {
         State().docsDir.reset();
         State().model.reset();
     }
+#ifdef _WIN32
+    ResetRegistrySandbox();
+#endif
     for (auto& [key, hook] : hooks) hook();
     SetLogSink(nullptr);
 }

@@ -1,10 +1,16 @@
-// UTF-8, UTF-16LE and Latin-1 codecs for wide text (wchar_t is UTF-32 on this host).
+// UTF-8, UTF-16LE and Latin-1 codecs for wide text. Wide text is UTF-32 where wchar_t
+// has 32 bits (Linux) and UTF-16 where it has 16 (Windows); the codecs work on whole
+// characters, so a character beyond the BMP is one unit on one host and a pair on the other.
 #include "platform/host/TextCodec.h"
 
 namespace kiv_text {
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
+constexpr bool kWideIsUtf16 = sizeof(wchar_t) == 2;
+
+bool IsHighSurrogate(char32_t c) { return c >= 0xD800 && c <= 0xDBFF; }
+bool IsLowSurrogate(char32_t c) { return c >= 0xDC00 && c <= 0xDFFF; }
 
 void AppendUtf8(std::string& out, char32_t c) {
     if (c > 0x10FFFF || (c >= 0xD800 && c <= 0xDFFF)) c = kReplacement;
@@ -47,6 +53,23 @@ size_t DecodeUtf8At(std::string_view bytes, size_t i, char32_t& c) {
 
 }  // namespace
 
+char32_t NextChar(std::wstring_view text, size_t& i) {
+    const auto c = static_cast<char32_t>(text[i++]);
+    if (kWideIsUtf16 && IsHighSurrogate(c) && i < text.size() && IsLowSurrogate(text[i]))
+        return 0x10000 + ((c - 0xD800) << 10) + (static_cast<char32_t>(text[i++]) - 0xDC00);
+    return c;
+}
+
+void AppendChar(std::wstring& out, char32_t c) {
+    if (kWideIsUtf16 && c >= 0x10000 && c <= 0x10FFFF) {
+        c -= 0x10000;
+        out.push_back(static_cast<wchar_t>(0xD800 | (c >> 10)));
+        out.push_back(static_cast<wchar_t>(0xDC00 | (c & 0x3FF)));
+    } else {
+        out.push_back(static_cast<wchar_t>(c));
+    }
+}
+
 bool IsValidUtf8(std::string_view bytes) {
     char32_t c;
     for (size_t i = 0; i < bytes.size();) {
@@ -60,7 +83,7 @@ bool IsValidUtf8(std::string_view bytes) {
 std::string ToUtf8(std::wstring_view text) {
     std::string out;
     out.reserve(text.size());
-    for (wchar_t w : text) AppendUtf8(out, static_cast<char32_t>(w));
+    for (size_t i = 0; i < text.size();) AppendUtf8(out, NextChar(text, i));
     return out;
 }
 
@@ -74,7 +97,7 @@ std::wstring FromUtf8(std::string_view bytes) {
             out.push_back(static_cast<wchar_t>(kReplacement));
             ++i;
         } else {
-            out.push_back(static_cast<wchar_t>(c));
+            AppendChar(out, c);
             i += n;
         }
     }
@@ -88,8 +111,8 @@ std::string ToUtf16Le(std::wstring_view text) {
         out.push_back(static_cast<char>(u & 0xFF));
         out.push_back(static_cast<char>((u >> 8) & 0xFF));
     };
-    for (wchar_t w : text) {
-        auto c = static_cast<char32_t>(w);
+    for (size_t i = 0; i < text.size();) {
+        char32_t c = NextChar(text, i);
         if (c > 0x10FFFF || (c >= 0xD800 && c <= 0xDFFF)) c = kReplacement;
         if (c >= 0x10000) {
             c -= 0x10000;
@@ -113,7 +136,7 @@ std::wstring FromUtf16Le(std::string_view bytes) {
     for (size_t k = 0; k < units; ++k) {
         const char32_t u = at(k);
         if (u >= 0xD800 && u <= 0xDBFF && k + 1 < units && at(k + 1) >= 0xDC00 && at(k + 1) <= 0xDFFF) {
-            out.push_back(static_cast<wchar_t>(0x10000 + ((u - 0xD800) << 10) + (at(k + 1) - 0xDC00)));
+            AppendChar(out, 0x10000 + ((u - 0xD800) << 10) + (at(k + 1) - 0xDC00));
             ++k;
         } else if (u >= 0xD800 && u <= 0xDFFF) {
             out.push_back(static_cast<wchar_t>(kReplacement));
@@ -127,7 +150,10 @@ std::wstring FromUtf16Le(std::string_view bytes) {
 std::string ToLatin1(std::wstring_view text) {
     std::string out;
     out.reserve(text.size());
-    for (wchar_t w : text) out.push_back(static_cast<unsigned>(w) <= 0xFF ? static_cast<char>(w) : '?');
+    for (size_t i = 0; i < text.size();) {
+        const char32_t c = NextChar(text, i);
+        out.push_back(c <= 0xFF ? static_cast<char>(c) : '?');
+    }
     return out;
 }
 
@@ -161,7 +187,7 @@ std::wstring DecodeText(std::string_view bytes, Encoding* found) {
                 ++strays;
                 ++i;
             } else {
-                text.push_back(static_cast<wchar_t>(c));
+                AppendChar(text, c);
                 if (n > 1) ++sequences;
                 i += n;
             }

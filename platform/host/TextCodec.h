@@ -8,6 +8,12 @@
 
 namespace kiv_text {
 
+// One character of wide text at text[i], i moved past it: where wchar_t holds UTF-16
+// units a surrogate pair is one character; a lone surrogate comes back as itself.
+char32_t NextChar(std::wstring_view text, size_t& i);
+// Appends a character as one unit, or as a surrogate pair where wchar_t is 16 bits.
+void AppendChar(std::wstring& out, char32_t c);
+
 std::string ToUtf8(std::wstring_view text);
 bool IsValidUtf8(std::string_view bytes);  // well-formed, no surrogates, no overlong forms
 std::wstring FromUtf8(std::string_view bytes);

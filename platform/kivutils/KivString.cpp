@@ -6,7 +6,10 @@
 #include <wctype.h>
 
 #include <algorithm>
-#include <cerrno>
+#include <cstddef>
+#include <cstdio>
+#include <optional>
+#include <string_view>
 #include <cwchar>
 #include <wchar.h>
 #include <vector>
@@ -68,32 +71,120 @@ wchar_t ToUpper(wchar_t c) { return kiv_text::RaiseCase(c); }
 
 bool IsBlank(wchar_t c) { return c == L' ' || (c >= L'\t' && c <= L'\r'); }
 
+namespace {
+
+// One conversion formatted by the C library, the buffer grown until it fits; false when
+// the library refuses it.
+template <typename T>
+bool AppendOne(std::wstring& out, const std::wstring& spec, const int* stars, int starCount, T value) {
+    std::vector<wchar_t> buffer(256);
+    for (;;) {
+        int n;
+        if (starCount == 2) n = std::swprintf(buffer.data(), buffer.size(), spec.c_str(), stars[0], stars[1], value);
+        else if (starCount == 1) n = std::swprintf(buffer.data(), buffer.size(), spec.c_str(), stars[0], value);
+        else n = std::swprintf(buffer.data(), buffer.size(), spec.c_str(), value);
+        if (n >= 0) {
+            out.append(buffer.data(), static_cast<size_t>(n));
+            return true;
+        }
+        if (buffer.size() >= (1u << 24)) return false;
+        buffer.resize(buffer.size() * 4);
+    }
+}
+
+// Narrow text is UTF-8 for the family, as CKivStringT(const char*) reads it, on every host
+// (the C library would read it in the process code page); nothing when it does not decode.
+std::optional<std::wstring> NarrowText(const char* text) {
+    if (!text) return std::wstring(L"(null)");
+    const std::string_view bytes(text);
+    if (!kiv_text::IsValidUtf8(bytes)) return std::nullopt;
+    return kiv_text::FromUtf8(bytes);
+}
+
+}  // namespace
+
+// Walks the translated format one conversion at a time, taking each argument by its
+// type, so that narrow text is decoded by the family's own rules; numbers are formatted
+// by the C library under the neutral locale. A bad format or narrow text that does not
+// decode ends the result with what came before it.
 std::wstring FormatWide(const wchar_t* format, va_list args) {
     if (!format) return {};
     const std::wstring f = TranslateFormat(format);
     kiv_text::NeutralNumbers neutral;
-    std::vector<wchar_t> buffer(256);
+    va_list ap;
+    va_copy(ap, args);
     std::wstring result;
-    for (;;) {
-        va_list copy;
-        va_copy(copy, args);
-        errno = 0;
-        const int n = std::vswprintf(buffer.data(), buffer.size(), f.c_str(), copy);
-        const int error = errno;
-        va_end(copy);
-        if (n >= 0) {
-            result.assign(buffer.data(), static_cast<size_t>(n));
-            break;
+    for (size_t i = 0; i < f.size();) {
+        if (f[i] != L'%') {
+            result.push_back(f[i++]);
+            continue;
         }
-        // A short buffer fails without an error code; a bad format (a translated text
-        // ending in '%') or narrow text that does not decode sets one, and no larger
-        // buffer would help: the text formatted up to that point is the result.
-        if (error != 0 || buffer.size() >= (1u << 24)) {
-            result.assign(buffer.data(), ::wcsnlen(buffer.data(), buffer.size()));
-            break;
+        if (i + 1 < f.size() && f[i + 1] == L'%') {
+            result.push_back(L'%');
+            i += 2;
+            continue;
         }
-        buffer.resize(buffer.size() * 4);
+        const size_t start = i++;
+        int stars[2] = {0, 0};
+        int starCount = 0;
+        while (i < f.size() && std::wcschr(L"-+ #0123456789.*", f[i])) {
+            if (f[i] == L'*' && starCount < 2) stars[starCount++] = va_arg(ap, int);
+            ++i;
+        }
+        std::wstring length;
+        while (i < f.size() && std::wcschr(L"hlLqjzt", f[i])) length.push_back(f[i++]);
+        if (i == f.size()) break;
+        const wchar_t conv = f[i++];
+        std::wstring spec = f.substr(start, i - start);
+        bool ok = true;
+        switch (conv) {
+            case L'd': case L'i': case L'u': case L'o': case L'x': case L'X': {
+                const bool isSigned = conv == L'd' || conv == L'i';
+                if (length == L"ll" || length == L"q" || length == L"j") {
+                    ok = isSigned ? AppendOne(result, spec, stars, starCount, va_arg(ap, long long))
+                                  : AppendOne(result, spec, stars, starCount, va_arg(ap, unsigned long long));
+                } else if (length == L"l") {
+                    ok = isSigned ? AppendOne(result, spec, stars, starCount, va_arg(ap, long))
+                                  : AppendOne(result, spec, stars, starCount, va_arg(ap, unsigned long));
+                } else if (length == L"z" || length == L"t") {
+                    ok = isSigned ? AppendOne(result, spec, stars, starCount, va_arg(ap, std::ptrdiff_t))
+                                  : AppendOne(result, spec, stars, starCount, va_arg(ap, size_t));
+                } else {
+                    ok = isSigned ? AppendOne(result, spec, stars, starCount, va_arg(ap, int))
+                                  : AppendOne(result, spec, stars, starCount, va_arg(ap, unsigned));
+                }
+                break;
+            }
+            case L'f': case L'F': case L'e': case L'E': case L'g': case L'G': case L'a': case L'A':
+                ok = length == L"L" ? AppendOne(result, spec, stars, starCount, va_arg(ap, long double))
+                                    : AppendOne(result, spec, stars, starCount, va_arg(ap, double));
+                break;
+            case L'p': ok = AppendOne(result, spec, stars, starCount, va_arg(ap, void*)); break;
+            case L'c':
+                if (length == L"l") {
+                    ok = AppendOne(result, spec, stars, starCount, static_cast<wint_t>(va_arg(ap, int)));
+                } else {
+                    const char narrow[2] = {static_cast<char>(va_arg(ap, int)), '\0'};
+                    const auto text = NarrowText(narrow);
+                    ok = text && text->size() == 1 &&
+                         AppendOne(result, spec.substr(0, spec.size() - 1) + L"lc", stars, starCount,
+                                   static_cast<wint_t>((*text)[0]));
+                }
+                break;
+            case L's':
+                if (length == L"l") {
+                    ok = AppendOne(result, spec, stars, starCount, va_arg(ap, const wchar_t*));
+                } else {
+                    const auto text = NarrowText(va_arg(ap, const char*));
+                    ok = text && AppendOne(result, spec.substr(0, spec.size() - 1) + L"ls", stars, starCount,
+                                           text->c_str());
+                }
+                break;
+            default: ok = false; break;  // %n and unknown conversions are not formatted
+        }
+        if (!ok) break;
     }
+    va_end(ap);
     return result;
 }
 

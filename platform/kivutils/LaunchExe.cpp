@@ -63,12 +63,14 @@ std::vector<std::wstring> SplitArguments(const wchar_t* arguments) {
 // stands after the quoted program name.
 bool LaunchExe(const wchar_t* program, const wchar_t* arguments, unsigned long& result) {
     if (!program || !*program) return false;
-    std::wstring line = L"\"" + std::wstring(program) + L"\"";
+    // A device path names a program under the device root, as every other file.
+    const std::wstring path = kiv_win32::DesktopPath(program);
+    std::wstring line = L"\"" + path + L"\"";
     if (arguments && *arguments) line.append(L" ").append(arguments);
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION process{};
-    if (!CreateProcessW(program, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process))
+    if (!CreateProcessW(path.c_str(), line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process))
         return false;
     WaitForSingleObject(process.hProcess, INFINITE);
     DWORD code = 0;

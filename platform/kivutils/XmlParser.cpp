@@ -119,7 +119,7 @@ void AppendEscaped(std::wstring& out, wchar_t c) {
 }
 
 // The character of a numeric reference "#123" or "#x7B", or 0 when it is not one.
-wchar_t NumericReference(std::wstring_view body) {
+char32_t NumericReference(std::wstring_view body) {
     if (body.size() < 2 || body[0] != L'#') return 0;
     const bool hex = body[1] == L'x';
     const std::wstring_view digits = body.substr(hex ? 2 : 1);
@@ -134,7 +134,7 @@ wchar_t NumericReference(std::wstring_view body) {
         value = value * (hex ? 16 : 10) + static_cast<unsigned long>(v);
     }
     if (value == 0 || value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF)) return 0;
-    return static_cast<wchar_t>(value);
+    return static_cast<char32_t>(value);
 }
 
 // The longest reference body: '#x' and eight digits.
@@ -152,15 +152,15 @@ std::wstring Unescape(std::wstring_view text) {
             if (found != std::wstring_view::npos) {
                 const size_t semicolon = i + 1 + found;
                 const std::wstring_view body = text.substr(i + 1, found);
-                wchar_t c = 0;
-                if (body == L"amp") c = L'&';
-                else if (body == L"lt") c = L'<';
-                else if (body == L"gt") c = L'>';
-                else if (body == L"quot") c = L'"';
-                else if (body == L"apos") c = L'\'';
+                char32_t c = 0;
+                if (body == L"amp") c = U'&';
+                else if (body == L"lt") c = U'<';
+                else if (body == L"gt") c = U'>';
+                else if (body == L"quot") c = U'"';
+                else if (body == L"apos") c = U'\'';
                 else c = NumericReference(body);
                 if (c != 0) {
-                    out.push_back(c);
+                    kiv_text::AppendChar(out, c);
                     i = semicolon;
                     continue;
                 }

@@ -13,8 +13,9 @@
 // A 16-bit relic of <windows.h> that would take the library's own GetFreeSpace.
 #undef GetFreeSpace
 
-// The longest key name the registry takes, in characters.
+// The longest key name and value name the registry takes, in characters.
 constexpr DWORD kMaxRegKeyNameLength = 255;
+constexpr DWORD kMaxRegValueNameLength = 16383;
 
 constexpr DWORD EVENT_PULSE = 1;
 constexpr DWORD EVENT_RESET = 2;
@@ -75,7 +76,23 @@ HANDLE DeviceFindFirstFileW(LPCWSTR pattern, LPWIN32_FIND_DATAW data);
 
 }  // namespace kiv_win32
 
-#ifndef KIV_DESKTOP_FILES_IMPLEMENTATION
+// ---- the device's forms of system calls -----------------------------------------------
+// Deleting a key deletes everything below it on the handheld; the desktop's RegDeleteKeyW
+// refuses a key that has subkeys. A path of no names would be the key itself, which is
+// refused (ERROR_INVALID_PARAMETER).
+// Modules: one registered in process (kiv_host::RegisterModule) is found first, without
+// regard to case; then Name.dll and libName.dll in the folders of KIV_MODULE_PATH (';'
+// between them); then the system's own search. A device path is mapped as a file's is.
+namespace kiv_win32 {
+
+LONG DeviceRegDeleteKeyW(HKEY key, LPCWSTR subKey);
+HMODULE DeviceLoadLibraryW(LPCWSTR fileName);
+FARPROC DeviceGetProcAddress(HMODULE module, LPCSTR procName);
+BOOL DeviceFreeLibrary(HMODULE module);
+
+}  // namespace kiv_win32
+
+#ifndef KIV_DESKTOP_IMPLEMENTATION
 #undef CreateFile
 #undef GetFileAttributes
 #undef GetFileAttributesEx
@@ -95,4 +112,10 @@ HANDLE DeviceFindFirstFileW(LPCWSTR pattern, LPWIN32_FIND_DATAW data);
 #define CreateDirectoryW kiv_win32::DeviceCreateDirectoryW
 #define _wfopen kiv_win32::DeviceWfopen
 #define FindFirstFileW kiv_win32::DeviceFindFirstFileW
+#undef RegDeleteKey
+#undef LoadLibrary
+#define RegDeleteKeyW kiv_win32::DeviceRegDeleteKeyW
+#define LoadLibraryW kiv_win32::DeviceLoadLibraryW
+#define GetProcAddress kiv_win32::DeviceGetProcAddress
+#define FreeLibrary kiv_win32::DeviceFreeLibrary
 #endif

@@ -1,6 +1,6 @@
 // Device paths on a desktop: the file calls of the platform, each mapping a device path
 // under the host's device root before the system sees it.
-#define KIV_DESKTOP_FILES_IMPLEMENTATION
+#define KIV_DESKTOP_IMPLEMENTATION
 #include "platform/win32/Win32.h"
 
 #include <cstdio>

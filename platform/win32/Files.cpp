@@ -505,9 +505,9 @@ BOOL MoveFileExW(LPCWSTR existingName, LPCWSTR newName, DWORD flags) {
         } else {
             if (!(flags & MOVEFILE_REPLACE_EXISTING)) return Fail(ERROR_ALREADY_EXISTS, FALSE);
             if (S_ISDIR(target.st_mode) || IsReadOnly(target)) return Fail(ERROR_ACCESS_DENIED, FALSE);
-            if (S_ISREG(target.st_mode) && OpenWithoutDeleteSharing(to)) {
-                return Fail(ERROR_SHARING_VIOLATION, FALSE);
-            }
+            // Replacing a file that someone holds open without delete sharing is refused
+            // as access denied, unlike renaming such a file away (a sharing violation).
+            if (S_ISREG(target.st_mode) && OpenWithoutDeleteSharing(to)) return Fail(ERROR_ACCESS_DENIED, FALSE);
         }
     } else if (!(flags & MOVEFILE_REPLACE_EXISTING)) {
         // Refuses a target that appeared since the test instead of replacing it.

@@ -23,6 +23,10 @@
 
 namespace {
 
+// Views start at multiples of this many bytes of the mapping, whatever the page size, as
+// on Windows.
+constexpr DWORD kFileMappingGranularity = 0x10000;
+
 std::mutex reservationsLock;
 std::map<std::uintptr_t, std::size_t>& reservations() {
     static std::map<std::uintptr_t, std::size_t> sizes;
@@ -310,4 +314,19 @@ BOOL FlushViewOfFile(LPCVOID baseAddress, SIZE_T numberOfBytesToFlush) {
         return Failed(errno == ENOMEM ? ERROR_INVALID_ADDRESS : ERROR_WRITE_FAULT, FALSE);
     }
     return TRUE;
+}
+
+void GetSystemInfo(LPSYSTEM_INFO info) {
+    if (!info) return;
+    *info = SYSTEM_INFO{};
+    const long page = ::sysconf(_SC_PAGESIZE);
+    const long processors = ::sysconf(_SC_NPROCESSORS_ONLN);
+    info->dwPageSize = page > 0 ? static_cast<DWORD>(page) : 4096;
+    info->lpMinimumApplicationAddress = reinterpret_cast<LPVOID>(static_cast<std::uintptr_t>(kFileMappingGranularity));
+    info->lpMaximumApplicationAddress = reinterpret_cast<LPVOID>(~std::uintptr_t{0} - kFileMappingGranularity);
+    info->dwNumberOfProcessors = processors > 0 ? static_cast<DWORD>(processors) : 1;
+    info->dwActiveProcessorMask = info->dwNumberOfProcessors >= 8 * sizeof(DWORD_PTR)
+                                      ? ~DWORD_PTR{0}
+                                      : (DWORD_PTR{1} << info->dwNumberOfProcessors) - 1;
+    info->dwAllocationGranularity = kFileMappingGranularity;
 }

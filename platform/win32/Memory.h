@@ -36,8 +36,27 @@ constexpr DWORD ERROR_INVALID_ADDRESS = 487;
 constexpr DWORD ERROR_FILE_INVALID = 1006;
 constexpr DWORD ERROR_MAPPED_ALIGNMENT = 1132;
 
-// Views start at multiples of this many bytes of the mapping.
-constexpr DWORD kFileMappingGranularity = 0x10000;
+struct SYSTEM_INFO {
+    union {
+        DWORD dwOemId;
+        struct {
+            WORD wProcessorArchitecture;
+            WORD wReserved;
+        };
+    };
+    DWORD dwPageSize;
+    LPVOID lpMinimumApplicationAddress;
+    LPVOID lpMaximumApplicationAddress;
+    DWORD_PTR dwActiveProcessorMask;
+    DWORD dwNumberOfProcessors;
+    DWORD dwProcessorType;
+    DWORD dwAllocationGranularity;  // views of a mapping start at multiples of it: 64 KiB
+    WORD wProcessorLevel;
+    WORD wProcessorRevision;
+};
+using LPSYSTEM_INFO = SYSTEM_INFO*;
+
+void GetSystemInfo(LPSYSTEM_INFO info);
 
 // A mapping of `file` (opened for reading; for PAGE_READWRITE also for writing) or, with
 // INVALID_HANDLE_VALUE, of fresh zeroed memory of the given size that views of the same

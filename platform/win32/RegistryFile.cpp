@@ -1,21 +1,83 @@
 // The registry in the .reg text format: the writer emits "Windows Registry Editor
 // Version 5.00" in UTF-16LE; the reader also takes "REGEDIT4" files, parses the whole
 // text into a list of changes first and applies them only when every line was valid.
+// Both go through the Reg* functions, so they work over the host's registry and over
+// the system's alike.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <optional>
+#include <vector>
 
 #include "platform/host/Host.h"
+#include "platform/host/NeutralLocale.h"
 #include "platform/host/TextCodec.h"
 #include "platform/win32/Registry.h"
-#include "platform/win32/RegistryTree.h"
+#ifndef _WIN32
 #include "platform/win32/WholeFile.h"
+#endif
 
 namespace {
 
-using kiv_win32::detail::RegKey;
-using kiv_win32::detail::RegValue;
+struct RegValue {
+    std::wstring name;
+    DWORD type = 0;
+    std::vector<BYTE> data;
+};
+
+// The predefined roots in the order an export lists them.
+struct RootName {
+    HKEY key;
+    const wchar_t* name;
+    const wchar_t* shortName;
+};
+const RootName kRoots[] = {
+    {HKEY_CLASSES_ROOT, L"HKEY_CLASSES_ROOT", L"HKCR"},
+    {HKEY_CURRENT_USER, L"HKEY_CURRENT_USER", L"HKCU"},
+    {HKEY_LOCAL_MACHINE, L"HKEY_LOCAL_MACHINE", L"HKLM"},
+    {HKEY_USERS, L"HKEY_USERS", L"HKU"},
+};
+constexpr int kRootCount = static_cast<int>(std::size(kRoots));
+
+// Where the registry is the system's, an export holds only the two roots the platform
+// uses (the other two hold the whole system's classes and users).
+bool Exported(const RootName& root) {
+#ifdef _WIN32
+    return root.key == HKEY_CURRENT_USER || root.key == HKEY_LOCAL_MACHINE;
+#else
+    (void)root;
+    return true;
+#endif
+}
+
+// Keys nest at most this deep below their root.
+constexpr size_t kMaxKeyDepth = 512;
+
+std::wstring FoldName(std::wstring_view name) {
+    std::wstring folded(name);
+    for (auto& c : folded) c = kiv_text::FoldCase(c);
+    return folded;
+}
+
+bool SplitKeyPath(std::wstring_view path, std::vector<std::wstring>& parts) {
+    parts.clear();
+    size_t start = 0;
+    for (;;) {
+        const size_t end = path.find(L'\\', start);
+        const std::wstring_view part = path.substr(start, end == std::wstring_view::npos ? end : end - start);
+        if (part.empty() || part.size() > kMaxRegKeyNameLength) return false;
+        parts.emplace_back(part);
+        if (end == std::wstring_view::npos) return true;
+        start = end + 1;
+    }
+}
+
+std::wstring JoinKeyPath(const std::vector<std::wstring>& parts) {
+    std::wstring path;
+    for (const auto& part : parts) path.append(path.empty() ? L"" : L"\\").append(part);
+    return path;
+}
 
 constexpr std::wstring_view kHeader5 = L"Windows Registry Editor Version 5.00";
 constexpr std::wstring_view kHeader4 = L"REGEDIT4";
@@ -101,24 +163,58 @@ void AppendValue(std::wstring& out, const RegValue& value) {
     out += L"\r\n";
 }
 
-// Depth first in creation order, without recursion.
-void AppendTree(std::wstring& out, const RegKey& root) {
+// The values of an open key in the order the registry enumerates them.
+std::vector<RegValue> ValuesOf(HKEY key) {
+    std::vector<RegValue> values;
+    DWORD count = 0, maxName = 0, maxData = 0;
+    if (RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &count, &maxName, &maxData,
+                         nullptr, nullptr) != ERROR_SUCCESS)
+        return values;
+    std::vector<wchar_t> name(maxName + 1);
+    std::vector<BYTE> data(maxData);
+    for (DWORD i = 0; i < count; ++i) {
+        DWORD nameLength = static_cast<DWORD>(name.size()), dataSize = static_cast<DWORD>(data.size()), type = 0;
+        if (RegEnumValueW(key, i, name.data(), &nameLength, nullptr, &type, data.data(), &dataSize) != ERROR_SUCCESS)
+            break;
+        values.push_back({std::wstring(name.data(), nameLength), type,
+                          std::vector<BYTE>(data.begin(), data.begin() + dataSize)});
+    }
+    return values;
+}
+
+std::vector<std::wstring> SubkeysOf(HKEY key) {
+    std::vector<std::wstring> names;
+    wchar_t name[kMaxRegKeyNameLength + 1];
+    for (DWORD i = 0;; ++i) {
+        DWORD length = kMaxRegKeyNameLength + 1;
+        if (RegEnumKeyExW(key, i, name, &length, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS) break;
+        names.emplace_back(name, length);
+    }
+    return names;
+}
+
+// Depth first in the registry's order of enumeration, without recursion.
+void AppendTree(std::wstring& out, const RootName& root) {
     struct Pending {
-        const RegKey* key;
-        std::wstring path;
+        std::wstring subPath;  // below the root; empty for the root itself
     };
-    std::vector<Pending> stack{{&root, root.name()}};
+    std::vector<Pending> stack{{L""}};
     while (!stack.empty()) {
-        Pending p = std::move(stack.back());
+        const Pending p = std::move(stack.back());
         stack.pop_back();
-        if (p.key != &root || p.key->valueCount() > 0) {
-            out += L"[" + p.path + L"]\r\n";
-            p.key->ForEachValue([&](const RegValue& v) { AppendValue(out, v); });
+        HKEY key = nullptr;
+        if (RegOpenKeyExW(root.key, p.subPath.empty() ? nullptr : p.subPath.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS)
+            continue;
+        const std::vector<RegValue> values = ValuesOf(key);
+        if (!p.subPath.empty() || !values.empty()) {
+            out += L"[" + std::wstring(root.name) + (p.subPath.empty() ? L"" : L"\\" + p.subPath) + L"]\r\n";
+            for (const auto& v : values) AppendValue(out, v);
             out += L"\r\n";
         }
-        const size_t first = stack.size();
-        p.key->ForEachChild([&](const RegKey& c) { stack.push_back({&c, p.path + L"\\" + c.name()}); });
-        std::reverse(stack.begin() + static_cast<std::ptrdiff_t>(first), stack.end());
+        const std::vector<std::wstring> children = SubkeysOf(key);
+        RegCloseKey(key);
+        for (auto it = children.rbegin(); it != children.rend(); ++it)
+            stack.push_back({p.subPath.empty() ? *it : p.subPath + L"\\" + *it});
     }
 }
 
@@ -245,20 +341,18 @@ bool Reader::ParseKey(std::wstring_view s, size_t line) {
         s.remove_prefix(1);
     }
     const size_t slash = s.find(L'\\');
-    const std::wstring rootName = kiv_win32::detail::FoldName(s.substr(0, slash));
+    const std::wstring rootName = FoldName(s.substr(0, slash));
     change.root = -1;
-    for (int i = 0; i < kiv_win32::detail::kRootCount; ++i) {
-        const auto& r = kiv_win32::detail::kRoots[i];
-        if (rootName == kiv_win32::detail::FoldName(r.name) || rootName == kiv_win32::detail::FoldName(r.shortName))
-            change.root = i;
+    for (int i = 0; i < kRootCount; ++i) {
+        if (rootName == FoldName(kRoots[i].name) || rootName == FoldName(kRoots[i].shortName)) change.root = i;
     }
     if (change.root < 0) return Fail(line, L"the key must begin with HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER, "
                                            L"HKEY_CLASSES_ROOT or HKEY_USERS");
     if (slash != std::wstring_view::npos) {
         const std::wstring_view rest = s.substr(slash + 1);
-        if (rest.empty() || rest.back() == L'\\' || !kiv_win32::detail::SplitKeyPath(rest, change.path))
+        if (rest.empty() || rest.back() == L'\\' || !SplitKeyPath(rest, change.path))
             return Fail(line, L"the key path has an empty name or a name longer than 255 characters");
-        if (change.path.size() > kiv_win32::detail::kMaxKeyDepth) return Fail(line, L"the key path is nested too deeply");
+        if (change.path.size() > kMaxKeyDepth) return Fail(line, L"the key path is nested too deeply");
         for (const auto& part : change.path)
             if (part.find(L'\0') != std::wstring::npos) return Fail(line, L"a key name holds a NUL character");
     } else if (change.kind == Change::DeleteKey) {
@@ -394,30 +488,35 @@ bool Reader::ParseHexBytes(std::wstring_view s, const std::vector<std::pair<size
 }
 
 void Apply(const std::vector<Change>& changes) {
-    auto& r = kiv_win32::detail::Registry();
-    std::lock_guard g(r.lock);
-    RegKey* current = nullptr;
+    HKEY current = nullptr;
+    auto close = [&current] {
+        if (current) RegCloseKey(current);
+        current = nullptr;
+    };
     for (const auto& c : changes) {
-        RegKey* key = r.roots[c.root].get();
+        const HKEY root = kRoots[c.root].key;
+        const std::wstring path = JoinKeyPath(c.path);
         switch (c.kind) {
             case Change::OpenKey:
-                for (const auto& part : c.path) key = key->AddChild(part);
-                current = key;
+                close();
+                if (RegCreateKeyExW(root, path.empty() ? nullptr : path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                                    &current, nullptr) != ERROR_SUCCESS)
+                    current = nullptr;
                 break;
-            case Change::DeleteKey: {
-                RegKey* parent = nullptr;
-                for (const auto& part : c.path) {
-                    parent = key;
-                    key = key ? key->FindChild(part) : nullptr;
-                }
-                if (key && parent) parent->RemoveChild(key);
-                current = nullptr;
+            case Change::DeleteKey:
+                close();
+                RegDeleteKeyW(root, path.c_str());  // the key with everything below it
                 break;
-            }
-            case Change::SetValue: current->SetValue(c.name, c.type, c.data); break;
-            case Change::DeleteValue: current->RemoveValue(c.name); break;
+            case Change::SetValue:
+                if (current)
+                    RegSetValueExW(current, c.name.c_str(), 0, c.type, c.data.data(), static_cast<DWORD>(c.data.size()));
+                break;
+            case Change::DeleteValue:
+                if (current) RegDeleteValueW(current, c.name.c_str());
+                break;
         }
     }
+    close();
 }
 
 bool ReadRegistryFile(const std::wstring& path, std::string& bytes, std::wstring& error) {
@@ -433,11 +532,8 @@ namespace kiv_win32 {
 
 std::string ExportRegistryText() {
     std::wstring text = std::wstring(kHeader5) + L"\r\n\r\n";
-    auto& r = detail::Registry();
-    {
-        std::lock_guard g(r.lock);
-        for (const auto& root : r.roots) AppendTree(text, *root);
-    }
+    for (const auto& root : kRoots)
+        if (Exported(root)) AppendTree(text, root);
     return "\xFF\xFE" + kiv_text::ToUtf16Le(text);
 }
 

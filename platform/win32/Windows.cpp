@@ -751,6 +751,18 @@ HWND SetActiveWindow(HWND window) {
     return ChangeActive(top);
 }
 
+BOOL SetForegroundWindow(HWND window) {
+    bool mine = false;
+    HWND top = nullptr;
+    if (!WithWindow(window, [&](Window& w) {
+            mine = w.thread == GetCurrentThreadId();
+            top = TopLevelOf(Table(), window);
+        }))
+        return FALSE;
+    if (mine) ChangeActive(top);
+    return TRUE;
+}
+
 HWND GetActiveWindow() {
     WindowTable& t = Table();
     std::lock_guard g(t.lock);

@@ -208,6 +208,10 @@ HWND GetFocus();
 // losing activation, then to the one gaining it.
 HWND SetActiveWindow(HWND window);  // the previously active window
 HWND GetActiveWindow();
+// The host has one user and no other program: the foreground window is the active window
+// of its thread, and typed keys reach the one focus whatever is in front. A window of the
+// calling thread is activated; FALSE for no window.
+BOOL SetForegroundWindow(HWND window);
 
 // Windows have no frame on the host: the client area is the whole window.
 BOOL GetWindowRect(HWND window, LPRECT rect);  // screen coordinates

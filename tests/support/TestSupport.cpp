@@ -7,6 +7,7 @@
 #include <unistd.h>
 #endif
 
+#include <algorithm>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
@@ -21,6 +22,12 @@ namespace kiv_test {
 
 namespace {
 
+// Host paths are UTF-8 on both hosts; Windows' narrow file calls would read them in the
+// ANSI code page, so the standard library is handed them as UTF-8 explicitly.
+std::filesystem::path FsPath(const std::string& hostPath) {
+    return std::filesystem::path(std::u8string(hostPath.begin(), hostPath.end()));
+}
+
 std::string MakeTemporaryFolder() {
 #ifdef _WIN32
     static std::mt19937 random{std::random_device{}()};
@@ -29,7 +36,10 @@ std::string MakeTemporaryFolder() {
         std::snprintf(name, sizeof name, "kivtest-%08x", static_cast<unsigned>(random()));
         const auto folder = std::filesystem::temp_directory_path() / name;
         std::error_code ec;
-        if (std::filesystem::create_directory(folder, ec)) return folder.string();
+        if (std::filesystem::create_directory(folder, ec)) {
+            const std::u8string utf8 = folder.u8string();
+            return std::string(utf8.begin(), utf8.end());
+        }
     }
     throw std::runtime_error("no temporary folder could be made");
 #else
@@ -50,7 +60,7 @@ TempDeviceRoot::TempDeviceRoot() {
 TempDeviceRoot::~TempDeviceRoot() {
     kiv_host::ResetForTesting();
     std::error_code ec;
-    std::filesystem::remove_all(path_, ec);
+    std::filesystem::remove_all(FsPath(path_), ec);
 }
 
 std::string TempDeviceRoot::HostPath(const std::wstring& devicePath) const {
@@ -75,6 +85,19 @@ ScopedLocale::ScopedLocale(const char* name) {
     name = asked.c_str();
 #endif
     ok_ = std::setlocale(LC_ALL, name) != nullptr;
+#ifdef _WIN32
+    // Windows names its locales language-REGION ("de-DE") where POSIX says "de_DE.UTF-8".
+    if (!ok_) {
+        std::string windowsName = name;
+        windowsName = windowsName.substr(0, windowsName.find('.'));
+        std::replace(windowsName.begin(), windowsName.end(), '_', '-');
+        ok_ = std::setlocale(LC_ALL, windowsName.c_str()) != nullptr;
+        // Older C runtimes know only the English names.
+        static const std::pair<const char*, const char*> english[] = {{"de", "German_Germany"}, {"fr", "French_France"}};
+        for (const auto& [code, full] : english)
+            if (!ok_ && windowsName.rfind(code, 0) == 0) ok_ = std::setlocale(LC_ALL, full) != nullptr;
+    }
+#endif
     if (ok_) {
         try {
             std::locale::global(std::locale(name));
@@ -98,12 +121,12 @@ HWND MakePlainWindow(int width, int height, DWORD style, HWND parent, int id, co
 }
 
 std::string ReadFileBytes(const std::string& hostPath) {
-    std::ifstream in(hostPath, std::ios::binary);
+    std::ifstream in(FsPath(hostPath), std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
 std::string ReadFileHead(const std::string& hostPath, size_t bytes) {
-    std::ifstream in(hostPath, std::ios::binary);
+    std::ifstream in(FsPath(hostPath), std::ios::binary);
     std::string head(bytes, '\0');
     in.read(head.data(), static_cast<std::streamsize>(bytes));
     head.resize(static_cast<size_t>(in.gcount()));
@@ -111,8 +134,8 @@ std::string ReadFileHead(const std::string& hostPath, size_t bytes) {
 }
 
 void WriteFileBytes(const std::string& hostPath, const std::string& bytes) {
-    std::filesystem::create_directories(std::filesystem::path(hostPath).parent_path());
-    std::ofstream out(hostPath, std::ios::binary | std::ios::trunc);
+    std::filesystem::create_directories(FsPath(hostPath).parent_path());
+    std::ofstream out(FsPath(hostPath), std::ios::binary | std::ios::trunc);
     out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }
 

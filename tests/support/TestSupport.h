@@ -70,6 +70,13 @@ void WriteFileBytes(const std::string& hostPath, const std::string& bytes);
 
 }  // namespace kiv_test
 
+#ifdef _WIN32
+#include <cstdlib>
+// The C library of Windows sets and clears variables through one call.
+inline int setenv(const char* name, const char* value, int) { return _putenv_s(name, value); }
+inline int unsetenv(const char* name) { return _putenv_s(name, ""); }
+#endif
+
 #include <ostream>
 
 #include "platform/kivutils/KivString.h"

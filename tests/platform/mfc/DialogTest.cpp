@@ -90,6 +90,9 @@ protected:
     void SetUp() override {
         RegisterForm();
         ASSERT_TRUE(form.Create(L"FORM"));
+        // Typed keys reach the focus of the foreground window only, as a person's would.
+        ShowWindow(form.m_hWnd, SW_SHOW);
+        SetForegroundWindow(form.m_hWnd);
         item = [this](int id) { return GetDlgItem(form.m_hWnd, id); };
     }
     CForm form;

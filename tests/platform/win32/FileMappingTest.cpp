@@ -18,9 +18,18 @@ protected:
     kiv_test::TempDeviceRoot root;
 };
 
+// Views start at the allocation granularity (64 KiB), not at the page size.
+DWORD Granularity() {
+    SYSTEM_INFO info{};
+    GetSystemInfo(&info);
+    return info.dwAllocationGranularity;
+}
+
 TEST_F(FileMapping, ViewsStartAtGranulesAndOutliveTheirHandles) {
-    std::string bytes(3 * kFileMappingGranularity, '\0');
-    for (size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(i / kFileMappingGranularity + 'A');
+    const DWORD granule = Granularity();
+    EXPECT_EQ(granule, 0x10000u);
+    std::string bytes(3 * granule, '\0');
+    for (size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(i / granule + 'A');
     kiv_test::WriteFileBytes(root.HostPath(L"\\map.bin"), bytes);
     HANDLE file = Open(GENERIC_READ);
     HANDLE mapping = CreateFileMappingW(file, nullptr, PAGE_READONLY, 0, 0, nullptr);
@@ -28,18 +37,18 @@ TEST_F(FileMapping, ViewsStartAtGranulesAndOutliveTheirHandles) {
 
     EXPECT_EQ(MapViewOfFile(mapping, FILE_MAP_READ, 0, 4096, 0), nullptr);
     EXPECT_EQ(GetLastError(), ERROR_MAPPED_ALIGNMENT);
-    EXPECT_EQ(MapViewOfFile(mapping, FILE_MAP_READ, 0, kFileMappingGranularity, 2 * kFileMappingGranularity + 1),
+    EXPECT_EQ(MapViewOfFile(mapping, FILE_MAP_READ, 0, granule, 2 * granule + 1),
               nullptr)
         << "a view beyond the mapping";
     EXPECT_EQ(MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, 0), nullptr);
     EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED) << "a read-only mapping gives no writable view";
 
-    auto* second = static_cast<const char*>(MapViewOfFile(mapping, FILE_MAP_READ, 0, kFileMappingGranularity, 0));
+    auto* second = static_cast<const char*>(MapViewOfFile(mapping, FILE_MAP_READ, 0, granule, 0));
     ASSERT_NE(second, nullptr);
     CloseHandle(mapping);
     CloseHandle(file);
     EXPECT_EQ(second[0], 'B');
-    EXPECT_EQ(second[2 * kFileMappingGranularity - 1], 'C');
+    EXPECT_EQ(second[2 * granule - 1], 'C');
     EXPECT_FALSE(UnmapViewOfFile(second + 1));
     EXPECT_EQ(GetLastError(), ERROR_INVALID_ADDRESS);
     EXPECT_TRUE(UnmapViewOfFile(second));

@@ -1,8 +1,10 @@
 // The Win32 file family on real files under a temporary device root: path mapping,
 // creation dispositions, share modes (in this process and across processes),
 // positions, attributes, moving, deleting and _wfopen.
+#ifndef _WIN32
 #include <sys/wait.h>
 #include <unistd.h>
+#endif
 
 #include <atomic>
 #include <cerrno>
@@ -45,7 +47,9 @@ std::string Get(const wchar_t* path) {
     return bytes.substr(0, read);
 }
 
-// Runs `attempt` in a child process and returns its result (a Win32 error code).
+#ifndef _WIN32
+// Runs `attempt` in a child process and returns its result (a Win32 error code). Between
+// processes on Windows the share modes are the system's own; here they are ours.
 template <class F>
 int InChildProcess(F attempt) {
     const pid_t pid = ::fork();
@@ -54,6 +58,7 @@ int InChildProcess(F attempt) {
     ::waitpid(pid, &status, 0);
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
+#endif
 
 class Files : public ::testing::Test {
 protected:
@@ -70,7 +75,10 @@ TEST_F(Files, MapsDevicePathsCaseInsensitivelyAndHostPathsAsTheyStand) {
     EXPECT_TRUE(std::filesystem::exists(root.path() + "/Storage Card/a.txt"));
     Put(L"\\STORAGE CARD\\New.Ini", "x");
     EXPECT_TRUE(std::filesystem::exists(root.path() + "/Storage Card/New.Ini"));
-    EXPECT_FALSE(std::filesystem::exists(root.path() + "/STORAGE CARD"));
+    // No second folder: the name typed in another case is the folder that exists.
+    std::vector<std::string> names;
+    for (const auto& e : std::filesystem::directory_iterator(root.path())) names.push_back(e.path().filename().string());
+    EXPECT_EQ(names, std::vector<std::string>{"Storage Card"});
     const std::wstring host = kiv_text::FromUtf8(root.path()) + L"/plain.txt";
     Put(host.c_str(), "host");
     EXPECT_EQ(kiv_test::ReadFileBytes(root.path() + "/plain.txt"), "host");
@@ -97,6 +105,7 @@ TEST_F(Files, DenyWriteRefusesASecondWriterButAdmitsReaders) {
     CloseHandle(again);
 }
 
+#ifndef _WIN32
 TEST_F(Files, ShareModesHoldBetweenProcesses) {
     // The error code a child process gets when it opens the file.
     auto childOpens = [](DWORD access, DWORD share) {
@@ -113,6 +122,7 @@ TEST_F(Files, ShareModesHoldBetweenProcesses) {
     CloseHandle(mine);
     EXPECT_EQ(childOpens(GENERIC_WRITE, 0), static_cast<int>(ERROR_SUCCESS));
 }
+#endif
 
 // ---- attributes -------------------------------------------------------------------------------------
 

@@ -123,6 +123,9 @@ TEST_F(Registry, DeletingAKeyTakesItsSubtreeAndLeavesOpenHandlesFailing) {
     RegCloseKey(key);
 }
 
+#ifndef _WIN32
+// On Windows the depth counts from the hive's own root, above the keys the tests are
+// given (see kiv_host::ResetForTesting), so this is pinned on the Linux host only.
 TEST_F(Registry, KeysNestAtMostFiveHundredTwelveLevelsBelowTheirRoot) {
     std::wstring path = L"L";
     for (size_t depth = 1; depth < 512; ++depth) path += L"\\L";
@@ -144,6 +147,7 @@ TEST_F(Registry, KeysNestAtMostFiveHundredTwelveLevelsBelowTheirRoot) {
     RegCloseKey(middle);
     RegCloseKey(deepest);
 }
+#endif
 
 // ---- .reg files ---------------------------------------------------------------------------------------
 
