@@ -295,6 +295,10 @@ BOOL CFont::CreatePixelFont(int height, LONG weight, LPCWSTR face) {
 }
 
 CPaintDC::CPaintDC(CWnd* window) : window_(window ? window->m_hWnd : nullptr) { Attach(::GetDC(window_)); }
-CPaintDC::~CPaintDC() { ::ReleaseDC(window_, Detach()); }
+// The paint is done: a system that keeps update regions would otherwise ask for it again.
+CPaintDC::~CPaintDC() {
+    ::ReleaseDC(window_, Detach());
+    ::ValidateRect(window_, nullptr);
+}
 CClientDC::CClientDC(CWnd* window) : window_(window ? window->m_hWnd : nullptr) { Attach(::GetDC(window_)); }
 CClientDC::~CClientDC() { ::ReleaseDC(window_, Detach()); }

@@ -7,6 +7,7 @@
 #include "platform/win32/GdiObjects.h"
 #include "platform/win32/GdiText.h"
 #include "platform/win32/WindowHooks.h"
+#include "platform/win32/Windows.h"
 
 using namespace kiv_win32::detail;
 
@@ -144,6 +145,8 @@ int ReleaseDC(HWND window, HDC dc) {
     if (window) kiv_win32::detail::NotifyWindowChange(window, kiv_win32::WindowChange::Pixels);
     return 1;
 }
+
+BOOL ValidateRect(HWND window, const RECT*) { return IsWindow(window); }
 
 HWND WindowFromDC(HDC dc) {
     auto d = FindDC(dc);

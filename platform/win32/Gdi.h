@@ -193,6 +193,12 @@ HDC GetDC(HWND window);
 int ReleaseDC(HWND window, HDC dc);
 HWND WindowFromDC(HDC dc);
 
+// Marks the window's paint as done. The host keeps no update region: WM_PAINT comes only
+// when someone sends it, so nothing is left to validate. Window procedures validate all
+// the same, because the system that keeps update regions asks for WM_PAINT again until
+// they do. FALSE for what is no window.
+BOOL ValidateRect(HWND window, const RECT* rect);
+
 // ---- objects ------------------------------------------------------------------------------------
 
 HBITMAP CreateDIBSection(HDC dc, const BITMAPINFO* info, UINT usage, void** bits, HANDLE section, DWORD offset);

@@ -76,14 +76,6 @@ LogCapture::~LogCapture() { kiv_host::SetLogSink(nullptr); }
 ScopedLocale::ScopedLocale(const char* name) {
     const char* prev = std::setlocale(LC_ALL, nullptr);
     previous_ = prev ? prev : "C";
-#ifdef _WIN32
-    // The Windows C runtime names locales by language and country over a code page and
-    // knows no POSIX codeset: "de_DE.UTF-8" is asked for as "de_DE", whose numbers are
-    // the same.
-    std::string asked = name;
-    if (const size_t dot = asked.find('.'); dot != std::string::npos) asked.resize(dot);
-    name = asked.c_str();
-#endif
     ok_ = std::setlocale(LC_ALL, name) != nullptr;
 #ifdef _WIN32
     // Windows names its locales language-REGION ("de-DE") where POSIX says "de_DE.UTF-8".
