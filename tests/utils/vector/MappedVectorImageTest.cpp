@@ -26,6 +26,7 @@ std::shared_ptr<VectorBlob> survey(int points, int lines) {
     return producer.build();
 }
 
+#ifndef _WIN32
 // The kilobytes of the view holding `address` that smaps counts under `field`
 // ("Anonymous" are pages the process copied; "Rss" all pages present); -1 if not found.
 long viewKilobytes(const void* address, const std::string& field) {
@@ -44,6 +45,17 @@ long viewKilobytes(const void* address, const std::string& field) {
     }
     return -1;
 }
+#else
+// Windows reports no page counts of a view as the Linux kernel's smaps does; there the
+// image and the untouched file are what is checked.
+long viewKilobytes(const void*, const std::string&) { return -1; }
+#endif
+constexpr bool kViewsReported =
+#ifdef _WIN32
+    false;
+#else
+    true;
+#endif
 
 TEST(MappedVectorImage, LoadsTheSameImageWithoutCopyingAPageAndNeverWritesTheFile) {
     kiv_test::TempDeviceRoot root;
@@ -68,16 +80,18 @@ TEST(MappedVectorImage, LoadsTheSameImageWithoutCopyingAPageAndNeverWritesTheFil
 
     // Every page has been read by now, and none of them is a copy.
     const void* view = mapped->getDirectory();
-    EXPECT_GT(viewKilobytes(view, "Rss"), 2000);
-    EXPECT_EQ(viewKilobytes(view, "Anonymous"), 0);
+    if (kViewsReported) {
+        EXPECT_GT(viewKilobytes(view, "Rss"), 2000);
+        EXPECT_EQ(viewKilobytes(view, "Anonymous"), 0);
+    }
 
     // Saving writes the pointer fields (and so copies their pages) but never the file.
     ASSERT_TRUE(library.saveImage(L"copy.vec", mapped));
-    EXPECT_GT(viewKilobytes(view, "Anonymous"), 0);
+    if (kViewsReported) EXPECT_GT(viewKilobytes(view, "Anonymous"), 0);
     EXPECT_EQ(kiv_test::ReadFileBytes(root.HostPath(L"\\Maps\\site.vec")), file);
     EXPECT_EQ(kiv_test::ReadFileBytes(root.HostPath(L"\\Maps\\copy.vec")), file);
     mapped.reset();
-    EXPECT_EQ(viewKilobytes(view, "Rss"), -1) << "the view goes with the last copy of the blob";
+    if (kViewsReported) EXPECT_EQ(viewKilobytes(view, "Rss"), -1) << "the view goes with the last copy of the blob";
 }
 
 TEST(MappedVectorImage, RefusesWhatTheOrdinaryLoadRefuses) {
