@@ -111,6 +111,8 @@ coverage: deps
 # prefix inside the build folder, with no display (see docs/platform.md).
 WINE_TESTS ?=
 # Then the Linux kivutil and the Windows one must read each other's vector files alike.
+# Both are given the same host file names: under Wine the current drive is Z:, the host's
+# root, so '/tmp/x.vec' names the same file for both.
 wine-test: configure
 	@scripts/install-deps.sh --wine
 	cmake -S . -B build-wine -G Ninja -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64-x86_64.cmake \
