@@ -294,11 +294,12 @@ BOOL CFont::CreatePixelFont(int height, LONG weight, LPCWSTR face) {
     return CreateFontIndirect(&lf);
 }
 
-CPaintDC::CPaintDC(CWnd* window) : window_(window ? window->m_hWnd : nullptr) { Attach(::GetDC(window_)); }
-// The paint is done: a system that keeps update regions would otherwise ask for it again.
+// BeginPaint and EndPaint, not GetDC: where the system keeps update regions, EndPaint is
+// what validates the window, and without it WM_PAINT would come again for ever.
+CPaintDC::CPaintDC(CWnd* window) : window_(window ? window->m_hWnd : nullptr) { Attach(::BeginPaint(window_, &m_ps)); }
 CPaintDC::~CPaintDC() {
-    ::ReleaseDC(window_, Detach());
-    ::ValidateRect(window_, nullptr);
+    Detach();
+    ::EndPaint(window_, &m_ps);
 }
 CClientDC::CClientDC(CWnd* window) : window_(window ? window->m_hWnd : nullptr) { Attach(::GetDC(window_)); }
 CClientDC::~CClientDC() { ::ReleaseDC(window_, Detach()); }

@@ -263,6 +263,8 @@ public:
     explicit CPaintDC(CWnd* window);
     ~CPaintDC() override;
 
+    PAINTSTRUCT m_ps{};
+
 private:
     HWND window_;
 };

@@ -35,6 +35,13 @@ constexpr LRESULT DLGC_WANTCHARS = 0x0080;
 constexpr LRESULT DLGC_STATIC = 0x0100;
 constexpr LRESULT DLGC_BUTTON = 0x2000;
 
+// Combo box kinds. The host's combo box is always a drop list; the system reads a style
+// without a kind as a simple combo box, which has no drop-down list, so templates say
+// CBS_DROPDOWNLIST.
+constexpr DWORD CBS_SIMPLE = 0x1;
+constexpr DWORD CBS_DROPDOWN = 0x2;
+constexpr DWORD CBS_DROPDOWNLIST = 0x3;
+
 constexpr DWORD SS_LEFT = 0x0;
 constexpr DWORD SS_CENTER = 0x1;
 constexpr DWORD SS_RIGHT = 0x2;

@@ -3,6 +3,8 @@
 // desktop's TransparentBlt taking a bitmap as well as a device context.
 #include "platform/win32/Win32.h"
 
+#include "platform/win32/MessageBatch.h"
+
 namespace {
 
 bool IsDeviceContext(HANDLE object) {
@@ -58,6 +60,19 @@ BOOL TransparentImage(HDC dest, LONG x, LONG y, LONG width, LONG height, HANDLE 
 }
 
 namespace kiv_win32 {
+
+// The system has no batch of its own: each message is posted as it comes. A refused one
+// leaves its error for the caller, as the host's batch does.
+int PostMessages(const MSG* messages, int count) {
+    int posted = 0;
+    DWORD error = ERROR_SUCCESS;
+    for (int i = 0; i < count; ++i) {
+        if (PostMessageW(messages[i].hwnd, messages[i].message, messages[i].wParam, messages[i].lParam)) ++posted;
+        else error = GetLastError();
+    }
+    if (error != ERROR_SUCCESS) SetLastError(error);
+    return posted;
+}
 
 void RegisterStandardControls() {}
 

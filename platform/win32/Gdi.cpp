@@ -146,6 +146,26 @@ int ReleaseDC(HWND window, HDC dc) {
     return 1;
 }
 
+HDC BeginPaint(HWND window, LPPAINTSTRUCT paint) {
+    if (!paint) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return nullptr;
+    }
+    *paint = PAINTSTRUCT{};
+    if (!IsWindow(window)) {
+        SetLastError(ERROR_INVALID_WINDOW_HANDLE);
+        return nullptr;
+    }
+    GetClientRect(window, &paint->rcPaint);
+    paint->hdc = GetDC(window);
+    return paint->hdc;
+}
+
+BOOL EndPaint(HWND window, const PAINTSTRUCT* paint) {
+    if (paint && paint->hdc) ReleaseDC(window, paint->hdc);
+    return TRUE;
+}
+
 BOOL ValidateRect(HWND window, const RECT*) { return IsWindow(window); }
 
 HWND WindowFromDC(HDC dc) {

@@ -193,10 +193,23 @@ HDC GetDC(HWND window);
 int ReleaseDC(HWND window, HDC dc);
 HWND WindowFromDC(HDC dc);
 
-// Marks the window's paint as done. The host keeps no update region: WM_PAINT comes only
-// when someone sends it, so nothing is left to validate. Window procedures validate all
-// the same, because the system that keeps update regions asks for WM_PAINT again until
-// they do. FALSE for what is no window.
+// Painting in answer to WM_PAINT. The host keeps no update region and sends WM_PAINT only
+// when asked, so BeginPaint gives the window's device context over its whole client area
+// and EndPaint releases it; where the system keeps update regions, EndPaint is also what
+// validates the window, so a WM_PAINT handler must paint between the two.
+struct PAINTSTRUCT {
+    HDC hdc;
+    BOOL fErase;
+    RECT rcPaint;
+    BOOL fRestore;
+    BOOL fIncUpdate;
+    BYTE rgbReserved[32];
+};
+using LPPAINTSTRUCT = PAINTSTRUCT*;
+HDC BeginPaint(HWND window, LPPAINTSTRUCT paint);
+BOOL EndPaint(HWND window, const PAINTSTRUCT* paint);
+// Marks the window's paint as done without painting; as with EndPaint, nothing is left
+// to validate on the host. FALSE for what is no window.
 BOOL ValidateRect(HWND window, const RECT* rect);
 
 // ---- objects ------------------------------------------------------------------------------------

@@ -25,7 +25,7 @@ void RegisterForm() {
         {L"BUTTON", L"A", kRadioA, WS_TABSTOP | BS_AUTORADIOBUTTON, RECT{8, 100, 100, 118}},
         {L"BUTTON", L"B", kRadioB, BS_AUTORADIOBUTTON, RECT{108, 100, 200, 118}},
         {L"LISTBOX", L"", kList, WS_TABSTOP, RECT{8, 120, 200, 200}},
-        {L"COMBOBOX", L"", kCombo, 0, RECT{8, 204, 200, 226}},
+        {L"COMBOBOX", L"", kCombo, CBS_DROPDOWNLIST, RECT{8, 204, 200, 226}},
         {L"BUTTON", L"OK", IDOK, WS_TABSTOP | BS_DEFPUSHBUTTON, RECT{8, 240, 100, 264}},
         {L"BUTTON", L"Cancel", IDCANCEL, WS_TABSTOP | BS_PUSHBUTTON, RECT{108, 240, 200, 264}},
     };
@@ -91,9 +91,13 @@ protected:
         RegisterForm();
         ASSERT_TRUE(form.Create(L"FORM"));
         // Typed keys reach the focus of the foreground window only, as a person's would.
+        ToFront();
+        item = [this](int id) { return GetDlgItem(form.m_hWnd, id); };
+    }
+    // Shown and in front again: ending the dialog hides it, and a hidden window gets no keys.
+    void ToFront() {
         ShowWindow(form.m_hWnd, SW_SHOW);
         SetForegroundWindow(form.m_hWnd);
-        item = [this](int id) { return GetDlgItem(form.m_hWnd, id); };
     }
     CForm form;
     std::function<HWND(int)> item;
@@ -131,9 +135,12 @@ TEST_F(DialogTest, EnterPressesTheDefaultButtonAndEscapeCancels) {
     SetFocus(item(kName));
     Key(VK_RETURN);
     EXPECT_EQ(form.log.back(), "ok");
+    ToFront();
+    SetFocus(item(kName));
     Key(VK_ESCAPE);
     EXPECT_EQ(form.log.back(), "cancel");
     // Enter on a focused push button presses that button.
+    ToFront();
     SetFocus(item(IDCANCEL));
     form.log.clear();
     Key(VK_RETURN);
@@ -365,6 +372,8 @@ TEST(Dialog, RedrawCopiesTheControlsIntoTheDialogPicture) {
     RegisterForm();
     CForm form;
     ASSERT_TRUE(form.Create(77u));
+    // Only a shown window has pixels to draw into.
+    form.ShowWindow(SW_SHOW);
     form.RedrawWindow();
     HDC dc = GetDC(form.m_hWnd);
     // The edit field's white face and the dialog's button face both show.

@@ -162,7 +162,8 @@ TEST_F(Sync, WaitsAndSleepsLastAtLeastTheirRequestAndTickCountFollows) {
     const auto start = Clock::now();
     Sleep(25);
     EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(25));
-    EXPECT_GE(static_cast<DWORD>(GetTickCount() - before), 24u);  // tick boundaries may shave one
+    // The tick count advances in the system timer's steps, up to 16 ms on Windows.
+    EXPECT_GE(static_cast<DWORD>(GetTickCount() - before) + 16u, 25u);
 }
 
 // ---- threads ------------------------------------------------------------------------------------
