@@ -92,8 +92,10 @@ TEST_F(XmlSettingsTest, FileHasOneElementALineAndIsWellFormed) {
     EXPECT_EQ(Text(), Doc("<group name=\"A\">\r\n<value name=\"Tolerance\" type=\"dbl\">0.050000</value>\r\n"
                           "<group name=\"B\">\r\n<value name=\"Code\" type=\"str\">TREE</value>\r\n</group>\r\n"
                           "</group>\r\n"));
+#ifndef _WIN32  // the independent reader is the Linux host's xmllint; Windows has none
     const std::string command = "xmllint --noout '" + Host() + "' 2>&1";
     ASSERT_EQ(std::system(command.c_str()), 0) << "xmllint rejected " << Text();
+#endif
 }
 
 TEST_F(XmlSettingsTest, NamelessGroupIsSkippedAndItsEndTagEndsTheEnclosingGroup) {
