@@ -110,13 +110,19 @@ coverage: deps
 # The Windows build: mingw-w64 against the real <windows.h>, its tests run under Wine in a
 # prefix inside the build folder, with no display (see docs/platform.md).
 WINE_TESTS ?=
-wine-test:
+# Then the Linux kivutil and the Windows one must read each other's vector files alike.
+# Both are given the same host file names: under Wine the current drive is Z:, the host's
+# root, so '/tmp/x.vec' names the same file for both.
+wine-test: configure
 	@scripts/install-deps.sh --wine
 	cmake -S . -B build-wine -G Ninja -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64-x86_64.cmake \
-	      -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKIV_WERROR=ON -DKIV_BUILD_BENCH=OFF -DKIV_BUILD_TOOLS=OFF
+	      -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKIV_WERROR=ON -DKIV_BUILD_BENCH=OFF -DKIV_BUILD_TOOLS=ON
 	cmake --build build-wine -j $(JOBS) $(if $(WINE_TESTS),--target $(WINE_TESTS))
 	cd build-wine && ../cmake/wine-run.sh wineboot -i >/dev/null 2>&1
 	cd build-wine && ctest --output-on-failure -j 1 $(if $(WINE_TESTS),-R '$(subst $() ,|,$(WINE_TESTS))')
+	cmake --build build-wine -j $(JOBS) --target kivutil
+	cmake --build $(BUILD) -j $(JOBS) --target kivutil
+	scripts/vector-crosscheck.sh $(BUILD)/tools/kivutil/kivutil "cmake/wine-run.sh build-wine/tools/kivutil/kivutil.exe"
 
 clean:
 	rm -rf build build-sanitize build-tsan build-bench build-fuzz build-coverage build-32 build-wine

@@ -1,6 +1,6 @@
 #!/bin/sh
 # Vector image files travel between builds whose pointer words differ (offsets from an
-# arena in a 64-bit build, plain addresses in a 32-bit one): each kivutil writes the
+# arena in a 64-bit build, plain addresses in a 32-bit one, a Windows build under Wine): each kivutil writes the
 # sample, the two files must be the same bytes, and each kivutil must describe each
 # file exactly as the other does (read and mapped, entities, index, picks).
 # usage: vector-crosscheck.sh <kivutil> <other kivutil>
@@ -32,6 +32,11 @@ for file in first second; do
         $first vector $args >"$work/out.first" 2>&1 || echo "exit $?" >>"$work/out.first"
         # shellcheck disable=SC2086
         $second vector $args >"$work/out.second" 2>&1 || echo "exit $?" >>"$work/out.second"
+        # A Windows build writes its console text in the C runtime's text mode, which
+        # ends every line with CR LF; the CR carries nothing, and the outputs hold no CR
+        # of their own, so dropping a CR before each LF compares the information alone.
+        # File names are given to both builds alike and printed as given.
+        sed -i 's/\r$//' "$work/out.first" "$work/out.second"
         if ! diff -u "$work/out.first" "$work/out.second"; then
             echo "vector-crosscheck: 'vector $reading' of the $file build's file differs" >&2
             failed=1

@@ -3,6 +3,10 @@
 // handed over with SetClipboardData belongs to the clipboard from then on.
 #pragma once
 
+#ifdef _WIN32
+#include "platform/win32/Win32.h"
+#else
+
 #include "platform/win32/GlobalMemory.h"
 #include "platform/win32/Windows.h"
 
@@ -25,3 +29,5 @@ HANDLE SetClipboardData(UINT format, HANDLE memory);
 HANDLE GetClipboardData(UINT format);
 BOOL IsClipboardFormatAvailable(UINT format);
 HWND GetClipboardOwner();
+
+#endif  // _WIN32

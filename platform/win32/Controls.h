@@ -77,6 +77,7 @@ constexpr UINT BM_SETSTYLE = 0x00F4;
 constexpr UINT BM_CLICK = 0x00F5;
 constexpr WPARAM BST_UNCHECKED = 0;
 constexpr WPARAM BST_CHECKED = 1;
+constexpr int BST_INDETERMINATE = 2;
 constexpr WORD BN_CLICKED = 0;
 
 constexpr LRESULT LB_ERR = -1;

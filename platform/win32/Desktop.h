@@ -72,6 +72,7 @@ BOOL DeviceMoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags);
 BOOL DeviceDeleteFileW(LPCWSTR path);
 BOOL DeviceCreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES security);
 FILE* DeviceWfopen(const wchar_t* path, const wchar_t* mode);
+HANDLE DeviceFindFirstFileW(LPCWSTR pattern, LPWIN32_FIND_DATAW data);
 
 }  // namespace kiv_win32
 
@@ -100,6 +101,7 @@ BOOL DeviceFreeLibrary(HMODULE module);
 #undef MoveFileEx
 #undef DeleteFile
 #undef CreateDirectory
+#undef FindFirstFile
 #define CreateFileW kiv_win32::DeviceCreateFileW
 #define GetFileAttributesW kiv_win32::DeviceGetFileAttributesW
 #define GetFileAttributesExW kiv_win32::DeviceGetFileAttributesExW
@@ -109,6 +111,7 @@ BOOL DeviceFreeLibrary(HMODULE module);
 #define DeleteFileW kiv_win32::DeviceDeleteFileW
 #define CreateDirectoryW kiv_win32::DeviceCreateDirectoryW
 #define _wfopen kiv_win32::DeviceWfopen
+#define FindFirstFileW kiv_win32::DeviceFindFirstFileW
 #undef RegDeleteKey
 #undef LoadLibrary
 #define RegDeleteKeyW kiv_win32::DeviceRegDeleteKeyW

@@ -49,4 +49,8 @@ BOOL DeviceCreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES security) {
 
 FILE* DeviceWfopen(const wchar_t* path, const wchar_t* mode) { return ::_wfopen(DesktopPath(path).c_str(), mode); }
 
+HANDLE DeviceFindFirstFileW(LPCWSTR pattern, LPWIN32_FIND_DATAW data) {
+    return ::FindFirstFileW(DesktopPath(pattern).c_str(), data);
+}
+
 }  // namespace kiv_win32

@@ -3,7 +3,6 @@
 #include "platform/win32/FileFind.h"
 
 #include <algorithm>
-#include <cwctype>
 #include <filesystem>
 #include <string>
 #include <system_error>
@@ -46,33 +45,6 @@ bool Next(FindObject& f, LPWIN32_FIND_DATAW data) {
 }
 
 }  // namespace
-
-namespace kiv_win32 {
-
-bool MatchesWildcard(std::wstring_view pattern, std::wstring_view name) {
-    // Iterative match with one backtrack point for the last '*'.
-    size_t p = 0, n = 0, star = std::wstring_view::npos, mark = 0;
-    auto same = [](wchar_t a, wchar_t b) { return std::towlower(static_cast<wint_t>(a)) == std::towlower(static_cast<wint_t>(b)); };
-    while (n < name.size()) {
-        if (p < pattern.size() && (pattern[p] == L'?' || same(pattern[p], name[n]))) {
-            ++p;
-            ++n;
-        } else if (p < pattern.size() && pattern[p] == L'*') {
-            star = p++;
-            mark = n;
-        } else if (star != std::wstring_view::npos) {
-            p = star + 1;
-            n = ++mark;
-        } else {
-            return false;
-        }
-    }
-    while (p < pattern.size() && pattern[p] == L'*') ++p;
-    // "*.*" also matches names without a dot, as on the device.
-    return p == pattern.size() || pattern.substr(p) == L".*";
-}
-
-}  // namespace kiv_win32
 
 HANDLE FindFirstFileW(LPCWSTR pattern, LPWIN32_FIND_DATAW data) {
     if (!pattern || !data || !*pattern) {

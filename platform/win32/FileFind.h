@@ -4,6 +4,9 @@
 #pragma once
 
 #include "platform/win32/Files.h"
+#include "platform/win32/Wildcard.h"
+
+#ifndef _WIN32
 
 constexpr int MAX_PATH = 260;
 constexpr DWORD ERROR_NO_MORE_FILES = 18;
@@ -29,7 +32,4 @@ HANDLE FindFirstFileW(LPCWSTR pattern, LPWIN32_FIND_DATAW data);
 BOOL FindNextFileW(HANDLE find, LPWIN32_FIND_DATAW data);
 BOOL FindClose(HANDLE find);
 
-namespace kiv_win32 {
-// Whether `name` matches the wildcard pattern, ignoring case.
-bool MatchesWildcard(std::wstring_view pattern, std::wstring_view name);
-}  // namespace kiv_win32
+#endif  // _WIN32

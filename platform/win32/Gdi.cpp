@@ -166,6 +166,8 @@ BOOL EndPaint(HWND window, const PAINTSTRUCT* paint) {
     return TRUE;
 }
 
+BOOL ValidateRect(HWND window, const RECT*) { return IsWindow(window); }
+
 HWND WindowFromDC(HDC dc) {
     auto d = FindDC(dc);
     return d ? d->window : nullptr;

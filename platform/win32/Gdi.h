@@ -208,6 +208,9 @@ struct PAINTSTRUCT {
 using LPPAINTSTRUCT = PAINTSTRUCT*;
 HDC BeginPaint(HWND window, LPPAINTSTRUCT paint);
 BOOL EndPaint(HWND window, const PAINTSTRUCT* paint);
+// Marks the window's paint as done without painting; as with EndPaint, nothing is left
+// to validate on the host. FALSE for what is no window.
+BOOL ValidateRect(HWND window, const RECT* rect);
 
 // ---- objects ------------------------------------------------------------------------------------
 

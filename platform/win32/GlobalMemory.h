@@ -2,6 +2,10 @@
 // bytes. The clipboard takes its data in such blocks and keeps them once it has them.
 #pragma once
 
+#ifdef _WIN32
+#include "platform/win32/Win32.h"
+#else
+
 #include "platform/win32/Win32Types.h"
 
 using HGLOBAL = HANDLE;
@@ -27,3 +31,5 @@ HGLOBAL GlobalFree(HGLOBAL memory);
 SIZE_T GlobalSize(HGLOBAL memory);
 
 constexpr DWORD ERROR_NOT_LOCKED = 158;
+
+#endif  // _WIN32

@@ -8,6 +8,14 @@
 
 #include "tools/kivutil/Command.h"
 
+#ifdef _WIN32
+#include "platform/win32/Win32.h"
+
+#include <shellapi.h>
+
+#include "platform/host/TextCodec.h"
+#endif
+
 namespace kivutil {
 namespace {
 std::vector<std::pair<int, CommandSetup>>& Setups() {
@@ -53,6 +61,23 @@ std::string ParseErrorLine(CLI::App& app, const CLI::ParseError& e, const std::v
 }  // namespace kivutil
 
 int main(int argc, char** argv) {
+#ifdef _WIN32
+    // Windows hands main its words in the ANSI code page, which cannot carry every name or
+    // text; the commands take UTF-8, as on Linux, so the words come from the wide command line.
+    std::vector<std::string> words;
+    int wideCount = 0;
+    if (wchar_t** wide = ::CommandLineToArgvW(::GetCommandLineW(), &wideCount)) {
+        for (int i = 0; i < wideCount; ++i) words.push_back(kiv_text::ToUtf8(wide[i]));
+        ::LocalFree(wide);
+    }
+    std::vector<char*> utf8Argv;
+    for (std::string& word : words) utf8Argv.push_back(word.data());
+    utf8Argv.push_back(nullptr);
+    if (!words.empty()) {
+        argc = wideCount;
+        argv = utf8Argv.data();
+    }
+#endif
     CLI::App app{"kivutil: convert and parse survey values, inspect settings, history and vector files"};
     app.require_subcommand(1);
     std::function<int()> run;

@@ -39,7 +39,7 @@ void CKivArrowButton::SendArrow() {
 void CKivArrowButton::DrawItem(HDC dc, const RECT& rect, const TButtonState& state) {
     const RECT in = DrawFace(dc, rect, state, state.pushed ? RGB(170, 190, 215) : RGB(232, 238, 246));
     const int cx = (in.left + in.right) / 2, cy = (in.top + in.bottom) / 2;
-    const int s = std::max(3, std::min(in.right - in.left, in.bottom - in.top) / 3);
+    const int s = std::max(3, static_cast<int>(std::min(in.right - in.left, in.bottom - in.top) / 3));
     POINT tri[3];
     switch (direction_) {
         case eUp: tri[0] = {cx, cy - s}; tri[1] = {cx + s, cy + s / 2}; tri[2] = {cx - s, cy + s / 2}; break;

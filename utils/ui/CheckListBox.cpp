@@ -105,7 +105,7 @@ LRESULT CALLBACK CheckListProc(HWND w, UINT message, WPARAM wParam, LPARAM lPara
         case WM_GETDLGCODE: return DLGC_WANTARROWS | DLGC_WANTCHARS;
         case WM_SETFONT: s->font = reinterpret_cast<HFONT>(wParam); break;
         case WM_GETFONT: return reinterpret_cast<LRESULT>(s->font);
-        case WM_PAINT:
+        case WM_PAINT: ValidateRect(w, nullptr); break;  // painted whole below
         case WM_SETFOCUS:
         case WM_KILLFOCUS: break;
         case LB_ADDSTRING:

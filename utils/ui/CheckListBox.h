@@ -15,8 +15,6 @@ constexpr UINT CLB_GETCHECK = WM_USER + 0x161;  // wParam row; LB_ERR for a bad 
 // Sent to the parent as WM_COMMAND when a tap or Space changes a row's state.
 constexpr WORD CLBN_CHKCHANGE = 0x40;
 
-constexpr int BST_INDETERMINATE = 2;
-
 class CKivCheckListBox : public CWnd, public SharedHeapObject {
 public:
     using SharedHeapObject::operator new;

@@ -153,7 +153,7 @@ LRESULT CALLBACK CopyListProc(HWND w, UINT message, WPARAM wParam, LPARAM lParam
         case WM_GETDLGCODE: return DLGC_WANTARROWS | DLGC_WANTCHARS;
         case WM_SETFONT: s->font = reinterpret_cast<HFONT>(wParam); break;
         case WM_GETFONT: return reinterpret_cast<LRESULT>(s->font);
-        case WM_PAINT:
+        case WM_PAINT: ValidateRect(w, nullptr); break;  // painted whole below
         case WM_SETFOCUS:
         case WM_KILLFOCUS: break;
         case KLM_ADDCOLUMN: {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/kivutils/FileFuncs.h"
+#include "platform/win32/FileFind.h"
 #include "platform/kivutils/Xlate.h"
 #include "utils/settings/AppStrPaths.h"
 
@@ -118,6 +119,9 @@ void CKivFileOpenDlg::Fill() {
     if (find != INVALID_HANDLE_VALUE) {
         do {
             const CKivStringT name = data.cFileName;
+            // A desktop's listing also names the folder itself and its parent; the list
+            // offers "[..]" of its own.
+            if (name == L"." || name == L"..") continue;
             if (data.dwFileAttributes & FILE_ATTRIBUTE_HIDDEN) continue;
             if (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) folders.push_back(L"[" + name + L"]");
             else if (Matches(name)) files.push_back(name);

@@ -122,7 +122,7 @@ LRESULT CKivPagedToolbar::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
         return -1;
     };
     switch (message) {
-        case WM_PAINT: Paint(); return 0;
+        case WM_PAINT: Paint(); ::ValidateRect(m_hWnd, nullptr); return 0;
         case WM_LBUTTONDOWN:
             pressed_ = hit();
             Paint();

@@ -36,7 +36,7 @@ LRESULT CALLBACK BarProc(HWND w, UINT message, WPARAM wParam, LPARAM lParam) {
             break;
         }
         case PBM_GETPOS: return bar->pos;
-        case WM_PAINT: break;
+        case WM_PAINT: ValidateRect(w, nullptr); break;  // painted whole below
         default: return DefWindowProcW(w, message, wParam, lParam);
     }
     HDC dc = GetDC(w);

@@ -207,7 +207,7 @@ LRESULT CALLBACK CKivPropertySheet::TabsProc(HWND w, UINT message, WPARAM wParam
     auto* sheet = reinterpret_cast<CKivPropertySheet*>(::GetWindowLongPtrW(w, GWLP_USERDATA));
     if (!sheet) return ::DefWindowProcW(w, message, wParam, lParam);
     switch (message) {
-        case WM_PAINT: sheet->PaintTabs(); return 0;
+        case WM_PAINT: sheet->PaintTabs(); ::ValidateRect(w, nullptr); return 0;
         case WM_LBUTTONUP: {
             const POINT p{static_cast<short>(LOWORD(static_cast<DWORD_PTR>(lParam))), static_cast<short>(HIWORD(static_cast<DWORD_PTR>(lParam)))};
             for (int i = 0; i < sheet->GetPageCount(); ++i) {

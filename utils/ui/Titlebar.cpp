@@ -361,7 +361,7 @@ LRESULT CALLBACK CTitlebar::MenuProc(HWND w, UINT message, WPARAM wParam, LPARAM
     };
     switch (message) {
         case WM_GETDLGCODE: return DLGC_WANTALLKEYS;
-        case WM_PAINT: bar->PaintMenu(); return 0;
+        case WM_PAINT: bar->PaintMenu(); ValidateRect(w, nullptr); return 0;
         case WM_KEYDOWN:
             if (wParam == VK_DOWN) step(1);
             else if (wParam == VK_UP) step(-1);
@@ -522,7 +522,7 @@ LRESULT CALLBACK CTitlebar::BarProc(HWND w, UINT message, WPARAM wParam, LPARAM 
         return -1;
     };
     switch (message) {
-        case WM_PAINT: bar->Repaint(); return 0;
+        case WM_PAINT: bar->Repaint(); ValidateRect(w, nullptr); return 0;
         case WM_SETFONT: bar->font_ = reinterpret_cast<HFONT>(wParam); return 0;
         case WM_LBUTTONDOWN:
             bar->pressed_ = hit();

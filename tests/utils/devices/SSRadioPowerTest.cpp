@@ -4,9 +4,12 @@
 #include "utils/devices/SSRadioPower.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
+#ifndef _WIN32
+#include <sys/stat.h>
+#endif
+
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -15,6 +18,26 @@
 #include "tests/support/TestSupport.h"
 
 namespace {
+
+#ifdef _WIN32
+// A desktop starts only real programs, so there the utility program is this test program
+// under the utility's name: started so, it records its arguments beside itself and ends.
+std::filesystem::path ThisProgram() {
+    wchar_t path[MAX_PATH] = {};
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    return path;
+}
+
+const bool kRanAsUtility = [] {
+    const std::filesystem::path self = ThisProgram();
+    if (self.filename() != "PackEnable.exe") return false;
+    std::string seen;
+    for (int i = 1; i < __argc; ++i) seen += std::string("[") + __argv[i] + "]";
+    kiv_test::WriteFileBytes((self.parent_path() / "args.txt").string(),
+                             kiv_test::ReadFileBytes((self.parent_path() / "args.txt").string()) + seen);
+    std::exit(0);
+}();
+#endif
 
 class RadioPower : public ::testing::Test {
 protected:
@@ -37,8 +60,12 @@ protected:
     void UseLibrary(const char* variant) {
         const std::string folder = root.path() + "/modules";
         std::filesystem::create_directories(folder);
+#ifdef _WIN32
+        std::filesystem::copy_file(std::string(KIV_TEST_MODULE_DIR) + "/lib" + variant + ".dll", folder + "/MirelLib.dll");
+#else
         std::filesystem::create_symlink(std::string(KIV_TEST_MODULE_DIR) + "/lib" + variant + ".so",
                                         folder + "/libMirelLib.so");
+#endif
         ::setenv("KIV_MODULE_PATH", folder.c_str(), 1);
     }
 };
@@ -95,8 +122,12 @@ TEST_F(RadioPower, UtilityProgramIsStartedWithItsSwitchWhenPresent) {
 
     const std::string program = root.HostPath(L"\\SystemCF\\Utilities\\PackEnable.exe");
     std::filesystem::create_directories(std::filesystem::path(program).parent_path());
+#ifdef _WIN32
+    std::filesystem::copy_file(ThisProgram(), program);
+#else
     kiv_test::WriteFileBytes(program, "#!/bin/sh\nprintf '[%s]' \"$@\" >> \"$(dirname \"$0\")/args.txt\"\n");
     ::chmod(program.c_str(), 0755);
+#endif
     radio.TurnOn();
     radio.TurnOff();
     EXPECT_EQ(kiv_test::ReadFileBytes(std::filesystem::path(program).parent_path().string() + "/args.txt"), "[/1][/0]");

@@ -71,8 +71,8 @@ TEST(SurfaceRenderer, LinesFollowTheirStyleAndSymbolsTheirKind) {
 
     // A line from far outside the surface still lands where it should.
     surface->clear(kWhite);
-    const TCoord3d far[2] = {{-1e12, 30, 0}, {1e12, 30, 0}};
-    renderer.drawPolyline(far, 2, TLineStyle{0x0000FF, 0, 1});
+    const TCoord3d distant[2] = {{-1e12, 30, 0}, {1e12, 30, 0}};
+    renderer.drawPolyline(distant, 2, TLineStyle{0x0000FF, 0, 1});
     for (int x = 0; x < 60; ++x) ASSERT_EQ(at(*surface, x, 30), 0x0000FFu) << x;
 
     surface->clear(kWhite);

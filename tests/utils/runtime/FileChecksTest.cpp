@@ -1,10 +1,11 @@
-// File checks over device paths, compared with what statvfs and stat say of the same
-// host files.
+// File checks over device paths, compared with what the standard library's file system
+// calls say of the same host files.
 #include <gtest/gtest.h>
 
+#ifndef _WIN32
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/statvfs.h>
+#endif
 
 #include <filesystem>
 #include <iterator>
@@ -54,40 +55,45 @@ TEST_F(FileChecksTest, WritableMeansAWriteWouldSucceedNow) {
     EXPECT_EQ(entries, 1) << "the folder's probe file is gone again";
 }
 
-TEST_F(FileChecksTest, FreeSpaceMatchesStatvfsOfTheSameVolume) {
+TEST_F(FileChecksTest, FreeSpaceMatchesWhatTheFileSystemSaysOfTheSameVolume) {
     std::uint64_t freeBytes = 0, totalBytes = 0;
-    // Others write to the volume meanwhile: a reading that statvfs confirms before and
-    // after is the one compared.
+    // Others write to the volume meanwhile: a reading that the file system confirms before
+    // and after is the one compared.
     bool compared = false;
     for (int attempt = 0; attempt < 50 && !compared; ++attempt) {
-        struct statvfs before, after;
-        ASSERT_EQ(::statvfs(root.path().c_str(), &before), 0);
+        const auto before = std::filesystem::space(root.path());
         ASSERT_TRUE(FileChecks::GetFreeSpace(L"\\", freeBytes, &totalBytes));
-        ASSERT_EQ(::statvfs(root.path().c_str(), &after), 0);
-        if (before.f_bavail != after.f_bavail) continue;
-        EXPECT_EQ(freeBytes, std::uint64_t{before.f_bavail} * before.f_frsize);
-        EXPECT_EQ(totalBytes, std::uint64_t{before.f_blocks} * before.f_frsize);
+        const auto after = std::filesystem::space(root.path());
+        if (before.available != after.available) continue;
+        EXPECT_EQ(freeBytes, before.available);
+        EXPECT_EQ(totalBytes, before.capacity);
         compared = true;
     }
-    EXPECT_TRUE(compared) << "the volume never held still for two statvfs calls";
+    EXPECT_TRUE(compared) << "the volume never held still for two readings";
     EXPECT_GT(totalBytes, freeBytes);
     EXPECT_FALSE(FileChecks::GetFreeSpace(L"\\No Such Card\\x", freeBytes));
 }
 
-TEST_F(FileChecksTest, SizeAndTimeMatchStatAndTheFileTimeEpoch) {
+TEST_F(FileChecksTest, SizeAndTimeMatchTheFileSystemAndTheFileTimeEpoch) {
     const std::string host = root.HostPath(L"\\big.bin");
     kiv_test::WriteFileBytes(host, std::string(70000, 'x'));
-    ASSERT_EQ(::truncate(host.c_str(), 5'000'000'123LL), 0) << "a size beyond 32 bits, sparse";
+    std::filesystem::resize_file(host, 5'000'000'123ULL);  // a size beyond 32 bits, sparse
     // 2001-09-09 01:46:40 UTC, one billion seconds after 1970: FILETIME 126444736000000000.
+#ifdef _WIN32
+    HANDLE file = CreateFileW(std::filesystem::path(host).c_str(), FILE_WRITE_ATTRIBUTES, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(file, INVALID_HANDLE_VALUE);
+    const FILETIME stamp{static_cast<DWORD>(126444736000000005ULL), static_cast<DWORD>(126444736000000005ULL >> 32)};
+    ASSERT_TRUE(SetFileTime(file, nullptr, nullptr, &stamp));
+    CloseHandle(file);
+#else
     const struct timespec times[2] = {{1000000000, 0}, {1000000000, 500}};
     ASSERT_EQ(::utimensat(AT_FDCWD, host.c_str(), times, 0), 0);
+#endif
 
     std::uint64_t size = 0;
     FILETIME written{};
     ASSERT_TRUE(FileChecks::GetSizeAndTime(L"\\BIG.bin", size, written));
-    struct stat st;
-    ASSERT_EQ(::stat(host.c_str(), &st), 0);
-    EXPECT_EQ(size, static_cast<std::uint64_t>(st.st_size));
+    EXPECT_EQ(size, std::filesystem::file_size(host));
     EXPECT_EQ(size, 5'000'000'123ull);
     const std::uint64_t ticks = (std::uint64_t{written.dwHighDateTime} << 32) | written.dwLowDateTime;
     EXPECT_EQ(ticks, 126444736000000005ull);

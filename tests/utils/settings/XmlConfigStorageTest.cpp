@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#ifndef _WIN32
 #include <sys/stat.h>
 #include <unistd.h>
+#endif
 
 #include <cmath>
 #include <cstdlib>
@@ -29,6 +31,7 @@ protected:
     kiv_test::TempDeviceRoot root_;
 };
 
+#ifndef _WIN32
 // Acts as an unprivileged user for its scope when the tests run as the superuser.
 class OrdinaryUser {
 public:
@@ -44,6 +47,7 @@ private:
     bool switched_;
     bool ok_;
 };
+#endif
 
 std::string Doc(const std::string& body) { return "<?xml version=\"1.0\"?>\r\n<kiv_config>\r\n" + body + "</kiv_config>\r\n"; }
 
@@ -88,8 +92,10 @@ TEST_F(XmlSettingsTest, FileHasOneElementALineAndIsWellFormed) {
     EXPECT_EQ(Text(), Doc("<group name=\"A\">\r\n<value name=\"Tolerance\" type=\"dbl\">0.050000</value>\r\n"
                           "<group name=\"B\">\r\n<value name=\"Code\" type=\"str\">TREE</value>\r\n</group>\r\n"
                           "</group>\r\n"));
+#ifndef _WIN32  // the independent reader is the Linux host's xmllint; Windows has none
     const std::string command = "xmllint --noout '" + Host() + "' 2>&1";
     ASSERT_EQ(std::system(command.c_str()), 0) << "xmllint rejected " << Text();
+#endif
 }
 
 TEST_F(XmlSettingsTest, NamelessGroupIsSkippedAndItsEndTagEndsTheEnclosingGroup) {
@@ -119,6 +125,9 @@ TEST_F(XmlSettingsTest, ReadOnlyFileIsLeftAsItWas) {
     SetFileAttributesW(kFile, FILE_ATTRIBUTE_NORMAL);
 }
 
+// A write-protected card is a folder that takes no new file. A desktop has no folder an
+// ordinary test can make so: its read-only attribute does not stop files being made in it.
+#ifndef _WIN32
 TEST_F(XmlSettingsTest, ReadOnlyMediumIsLeftAsItWas) {
     // A folder that takes no new file, as on a write-protected card. The superuser writes
     // anywhere, so the saves run as an ordinary user.
@@ -143,6 +152,7 @@ TEST_F(XmlSettingsTest, ReadOnlyMediumIsLeftAsItWas) {
     EXPECT_EQ(kiv_test::ReadFileBytes(root_.HostPath(file)), original);
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator()), 1);
 }
+#endif
 
 TEST_F(XmlSettingsTest, FileOverTheReadersCapIsNeverWrittenOver) {
     // The tail is a hole: the file is over the cap without writing 64 MiB.

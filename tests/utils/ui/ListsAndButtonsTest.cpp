@@ -64,6 +64,17 @@ protected:
     CHostDlg host;
 };
 
+// A system that keeps update regions asks a shown window to paint until it says the
+// paint is done; a window that only drew would keep every message loop busy for ever.
+TEST_F(ListsTest, PaintedWindowsAreNotAskedToPaintAgain) {
+    CKivCheckListBox list;
+    ASSERT_TRUE(list.AttachItem(kList, &host));
+    list.AddString(L"Roads");
+    MSG msg{};
+    for (int i = 0; i < 1000 && PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE); ++i) DispatchMessageW(&msg);
+    EXPECT_FALSE(PeekMessageW(&msg, nullptr, 0, 0, PM_NOREMOVE)) << "message " << msg.message << " keeps coming";
+}
+
 TEST_F(ListsTest, CheckListTogglesBySpaceAndTapAndKeepsTheThirdStateTheProgramsOwn) {
     CKivCheckListBox list;
     ASSERT_TRUE(list.AttachItem(kList, &host));

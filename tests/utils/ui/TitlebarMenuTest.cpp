@@ -23,12 +23,15 @@ HWND MakeDialogWindow() {
                            nullptr, nullptr, nullptr);
 }
 
-// The command of the first WM_COMMAND posted to the window, or 0 when none was.
+// The command of the first WM_COMMAND posted to the window, or 0 when none was. Other
+// messages are dispatched: a WM_PAINT only taken would come back until it is answered.
 UINT TakeCommand(HWND w) {
     MSG msg{};
     UINT id = 0;
-    while (PeekMessageW(&msg, w, 0, 0, PM_REMOVE))
-        if (msg.message == WM_COMMAND && id == 0) id = LOWORD(msg.wParam);
+    while (PeekMessageW(&msg, w, 0, 0, PM_REMOVE)) {
+        if (msg.message != WM_COMMAND) DispatchMessageW(&msg);
+        else if (id == 0) id = LOWORD(msg.wParam);
+    }
     return id;
 }
 

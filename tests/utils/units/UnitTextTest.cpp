@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <cmath>
 
 #include "platform/kivutils/Xlate.h"
@@ -63,6 +64,7 @@ TEST(DistanceText, IsIdenticalUnderACommaDecimalLocale) {
     const CKivStringT before = FromMetersStrEx(12.3456, eDecDigits3, u, true);
     kiv_test::ScopedLocale german("de_DE.UTF-8");
     ASSERT_TRUE(german.ok()) << "de_DE.UTF-8 is provided by scripts/install-deps.sh";
+    ASSERT_STREQ(std::localeconv()->decimal_point, ",");
     u = eUSFeet;
     EXPECT_EQ(FromMetersStrEx(12.3456, eDecDigits3, u, true), before);
     double v = 0;

@@ -58,7 +58,9 @@ TEST(VectorImageLibraryImages, AHostFolderKeepsItsImagesInsideIt) {
     VectorImageLibrary library(folder.c_str());
     ASSERT_TRUE(library.saveImage(L"site.vec", points(3, RGB(1, 2, 3))));
     EXPECT_TRUE(std::filesystem::is_regular_file(root.path() + "/maps/site.vec"));
+#ifndef _WIN32  // where a backslash also separates folders, the two names are one file
     EXPECT_FALSE(std::filesystem::exists(root.path() + "/maps\\site.vec"));
+#endif
     auto loaded = library.getImage(L"site.vec");
     ASSERT_NE(loaded, nullptr);
     EXPECT_EQ(loaded->getPointCount(), 3u);
