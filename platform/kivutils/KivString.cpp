@@ -76,13 +76,13 @@ namespace {
 // One conversion formatted by the C library, the buffer grown until it fits; false when
 // the library refuses it.
 template <typename T>
-bool AppendOne(std::wstring& out, const std::wstring& spec, const int* stars, int starCount, T value) {
+bool AppendOne(std::wstring& out, const std::wstring& conversion, const int* stars, int starCount, T value) {
     std::vector<wchar_t> buffer(256);
     for (;;) {
         int n;
-        if (starCount == 2) n = std::swprintf(buffer.data(), buffer.size(), spec.c_str(), stars[0], stars[1], value);
-        else if (starCount == 1) n = std::swprintf(buffer.data(), buffer.size(), spec.c_str(), stars[0], value);
-        else n = std::swprintf(buffer.data(), buffer.size(), spec.c_str(), value);
+        if (starCount == 2) n = std::swprintf(buffer.data(), buffer.size(), conversion.c_str(), stars[0], stars[1], value);
+        else if (starCount == 1) n = std::swprintf(buffer.data(), buffer.size(), conversion.c_str(), stars[0], value);
+        else n = std::swprintf(buffer.data(), buffer.size(), conversion.c_str(), value);
         if (n >= 0) {
             out.append(buffer.data(), static_cast<size_t>(n));
             return true;
@@ -135,48 +135,48 @@ std::wstring FormatWide(const wchar_t* format, va_list args) {
         while (i < f.size() && std::wcschr(L"hlLqjzt", f[i])) length.push_back(f[i++]);
         if (i == f.size()) break;
         const wchar_t conv = f[i++];
-        std::wstring spec = f.substr(start, i - start);
+        std::wstring conversion = f.substr(start, i - start);
         bool ok = true;
         switch (conv) {
             case L'd': case L'i': case L'u': case L'o': case L'x': case L'X': {
                 const bool isSigned = conv == L'd' || conv == L'i';
                 if (length == L"ll" || length == L"q" || length == L"j") {
-                    ok = isSigned ? AppendOne(result, spec, stars, starCount, va_arg(ap, long long))
-                                  : AppendOne(result, spec, stars, starCount, va_arg(ap, unsigned long long));
+                    ok = isSigned ? AppendOne(result, conversion, stars, starCount, va_arg(ap, long long))
+                                  : AppendOne(result, conversion, stars, starCount, va_arg(ap, unsigned long long));
                 } else if (length == L"l") {
-                    ok = isSigned ? AppendOne(result, spec, stars, starCount, va_arg(ap, long))
-                                  : AppendOne(result, spec, stars, starCount, va_arg(ap, unsigned long));
+                    ok = isSigned ? AppendOne(result, conversion, stars, starCount, va_arg(ap, long))
+                                  : AppendOne(result, conversion, stars, starCount, va_arg(ap, unsigned long));
                 } else if (length == L"z" || length == L"t") {
-                    ok = isSigned ? AppendOne(result, spec, stars, starCount, va_arg(ap, std::ptrdiff_t))
-                                  : AppendOne(result, spec, stars, starCount, va_arg(ap, size_t));
+                    ok = isSigned ? AppendOne(result, conversion, stars, starCount, va_arg(ap, std::ptrdiff_t))
+                                  : AppendOne(result, conversion, stars, starCount, va_arg(ap, size_t));
                 } else {
-                    ok = isSigned ? AppendOne(result, spec, stars, starCount, va_arg(ap, int))
-                                  : AppendOne(result, spec, stars, starCount, va_arg(ap, unsigned));
+                    ok = isSigned ? AppendOne(result, conversion, stars, starCount, va_arg(ap, int))
+                                  : AppendOne(result, conversion, stars, starCount, va_arg(ap, unsigned));
                 }
                 break;
             }
             case L'f': case L'F': case L'e': case L'E': case L'g': case L'G': case L'a': case L'A':
-                ok = length == L"L" ? AppendOne(result, spec, stars, starCount, va_arg(ap, long double))
-                                    : AppendOne(result, spec, stars, starCount, va_arg(ap, double));
+                ok = length == L"L" ? AppendOne(result, conversion, stars, starCount, va_arg(ap, long double))
+                                    : AppendOne(result, conversion, stars, starCount, va_arg(ap, double));
                 break;
-            case L'p': ok = AppendOne(result, spec, stars, starCount, va_arg(ap, void*)); break;
+            case L'p': ok = AppendOne(result, conversion, stars, starCount, va_arg(ap, void*)); break;
             case L'c':
                 if (length == L"l") {
-                    ok = AppendOne(result, spec, stars, starCount, static_cast<wint_t>(va_arg(ap, int)));
+                    ok = AppendOne(result, conversion, stars, starCount, static_cast<wint_t>(va_arg(ap, int)));
                 } else {
                     const char narrow[2] = {static_cast<char>(va_arg(ap, int)), '\0'};
                     const auto text = NarrowText(narrow);
                     ok = text && text->size() == 1 &&
-                         AppendOne(result, spec.substr(0, spec.size() - 1) + L"lc", stars, starCount,
+                         AppendOne(result, conversion.substr(0, conversion.size() - 1) + L"lc", stars, starCount,
                                    static_cast<wint_t>((*text)[0]));
                 }
                 break;
             case L's':
                 if (length == L"l") {
-                    ok = AppendOne(result, spec, stars, starCount, va_arg(ap, const wchar_t*));
+                    ok = AppendOne(result, conversion, stars, starCount, va_arg(ap, const wchar_t*));
                 } else {
                     const auto text = NarrowText(va_arg(ap, const char*));
-                    ok = text && AppendOne(result, spec.substr(0, spec.size() - 1) + L"ls", stars, starCount,
+                    ok = text && AppendOne(result, conversion.substr(0, conversion.size() - 1) + L"ls", stars, starCount,
                                            text->c_str());
                 }
                 break;

@@ -736,14 +736,21 @@ HWND SetFocus(HWND window) {
     return previous;
 }
 
+namespace {
+// The top-level window holding `window`, and whether the calling thread owns `window`;
+// false when `window` is no window.
+bool FindTopLevel(HWND window, HWND& top, bool& mine) {
+    return WithWindow(window, [&](Window& w) {
+        mine = w.thread == GetCurrentThreadId();
+        top = TopLevelOf(Table(), window);
+    });
+}
+}  // namespace
+
 HWND SetActiveWindow(HWND window) {
     bool mine = false;
     HWND top = nullptr;
-    if (!WithWindow(window, [&](Window& w) {
-            mine = w.thread == GetCurrentThreadId();
-            top = TopLevelOf(Table(), window);
-        }))
-        return nullptr;
+    if (!FindTopLevel(window, top, mine)) return nullptr;
     if (!mine) {
         SetLastError(ERROR_ACCESS_DENIED);
         return nullptr;
@@ -754,11 +761,7 @@ HWND SetActiveWindow(HWND window) {
 BOOL SetForegroundWindow(HWND window) {
     bool mine = false;
     HWND top = nullptr;
-    if (!WithWindow(window, [&](Window& w) {
-            mine = w.thread == GetCurrentThreadId();
-            top = TopLevelOf(Table(), window);
-        }))
-        return FALSE;
+    if (!FindTopLevel(window, top, mine)) return FALSE;
     if (mine) ChangeActive(top);
     return TRUE;
 }
