@@ -8,6 +8,7 @@
 
 #include "platform/win32/Win32.h"
 #include "tests/support/TestSupport.h"
+#include "tests/utils/settings/RecordingKeyboard.h"
 #include "utils/settings/SettingsStore.h"
 
 namespace {
@@ -138,27 +139,13 @@ TEST_F(SettingsCouplingTest, WindowPositionsStartInvalidOnceAndKeepWhatIsStored)
 }
 
 // The character type kept per field reaches a keyboard window that records the switches.
-bool g_alpha = false;
-std::vector<LPARAM> g_switches;
-LRESULT CALLBACK KeyboardProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_COMMAND && wParam == 7) return g_alpha ? 1 : 0;
-    if (message == WM_COMMAND && wParam == 8) {
-        g_switches.push_back(lParam);
-        g_alpha = lParam != 0;
-        return 0;
-    }
-    return DefWindowProcW(window, message, wParam, lParam);
-}
+bool& g_alpha = kiv_test::RecordingKeyboard::alpha;
+std::vector<LPARAM>& g_switches = kiv_test::RecordingKeyboard::switches;
 
 TEST_F(SettingsCouplingTest, FieldCharacterTypesSwitchTheKeyboardForFieldsZeroToFour) {
-    WNDCLASSW wc{};
-    wc.lpfnWndProc = KeyboardProc;
-    wc.lpszClassName = L"Keybord Window";
-    RegisterClassW(&wc);
-    HWND keyboard = CreateWindowExW(0, L"Keybord Window", L"", 0, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
+    HWND keyboard = kiv_test::RecordingKeyboard::Create();
     ASSERT_NE(keyboard, nullptr);
     g_alpha = true;
-    g_switches.clear();
 
     // Every field starts numeric: a field asks the keyboard to leave letters.
     CtrlCharByFieldType(eFieldCode);

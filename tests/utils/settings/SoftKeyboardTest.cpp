@@ -5,33 +5,18 @@
 
 #include "platform/win32/Win32.h"
 #include "tests/support/TestSupport.h"
+#include "tests/utils/settings/RecordingKeyboard.h"
 #include "utils/settings/SettingsStore.h"
 
 namespace {
 
-bool g_alpha = false;
-std::vector<LPARAM> g_switches;
-
-LRESULT CALLBACK KeyboardProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_COMMAND && wParam == 7) return g_alpha ? 1 : 0;
-    if (message == WM_COMMAND && wParam == 8) {
-        g_switches.push_back(lParam);
-        g_alpha = lParam != 0;
-        return 0;
-    }
-    return DefWindowProcW(window, message, wParam, lParam);
-}
+bool& g_alpha = kiv_test::RecordingKeyboard::alpha;
+std::vector<LPARAM>& g_switches = kiv_test::RecordingKeyboard::switches;
 
 class SoftKeyboardTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        g_alpha = false;
-        g_switches.clear();
-        WNDCLASSW wc{};
-        wc.lpfnWndProc = KeyboardProc;
-        wc.lpszClassName = L"Keybord Window";
-        RegisterClassW(&wc);
-        keyboard_ = CreateWindowExW(0, L"Keybord Window", L"", 0, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
+        keyboard_ = kiv_test::RecordingKeyboard::Create();
         ASSERT_NE(keyboard_, nullptr);
         if (GetKeyState(VK_CAPITAL) & 1) Toggle();
     }
