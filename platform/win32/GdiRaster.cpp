@@ -52,8 +52,9 @@ Wide CeilDiv(Wide a, Wide b) { return -FloorDiv(-a, b); }
 
 // The pixels of the segment a -> b without b: along the major axis one pixel per step;
 // the minor offset of step i is floor((2 i m + c) / 2n), i.e. the nearest pixel, a tie
-// going to the smaller y on mostly-horizontal lines and to the larger x on mostly-vertical
-// ones. `visit(i, x, y)` is called for the visible steps only, in order.
+// going to the smaller minor coordinate (y on mostly-horizontal lines, x on mostly-vertical
+// ones) whichever way the line runs, as Windows draws them. `visit(i, x, y)` is called for
+// the visible steps only, in order.
 struct Segment {
     bool xMajor;
     int sMajor, sMinor;
@@ -70,8 +71,8 @@ struct Segment {
         sMinor = (xMajor ? dy : dx) < 0 ? -1 : 1;
         major0 = xMajor ? a.x : a.y;
         minor0 = xMajor ? a.y : a.x;
-        const bool tieUp = xMajor ? sMinor < 0 : sMinor > 0;
-        c = n - 1 + (tieUp ? 1 : 0);
+        // Running towards the smaller minor coordinate, a tie takes the step.
+        c = n - 1 + (sMinor < 0 ? 1 : 0);
         if (n == 0) return;
         const std::int64_t majorSize = xMajor ? width : height, minorSize = xMajor ? height : width;
         // Steps whose major coordinate lies on the surface.

@@ -63,8 +63,12 @@ TEST(GdiLines, SlopedLinesTakeTheNearestPixelOfEachColumnOrRow) {
 
     c.Clear(kWhite);
     MoveToEx(c.dc, 0, 0, nullptr);
-    LineTo(c.dc, 2, 8);  // x = y / 4: ties go to the larger x
-    EXPECT_EQ(c.Find(kBlack), (std::vector<POINT>{{0, 0}, {0, 1}, {1, 2}, {1, 3}, {1, 4}, {1, 5}, {2, 6}, {2, 7}}));
+    LineTo(c.dc, 2, 8);  // x = y / 4: ties at y = 2 and 6 go to the smaller x too
+    EXPECT_EQ(c.Find(kBlack), (std::vector<POINT>{{0, 0}, {0, 1}, {0, 2}, {1, 3}, {1, 4}, {1, 5}, {1, 6}, {2, 7}}));
+    c.Clear(kWhite);
+    MoveToEx(c.dc, 2, 8, nullptr);
+    LineTo(c.dc, 0, 0);  // the same line drawn back lights the same pixels but its first
+    EXPECT_EQ(c.Find(kBlack), (std::vector<POINT>{{0, 1}, {0, 2}, {1, 3}, {1, 4}, {1, 5}, {1, 6}, {2, 7}, {2, 8}}));
 
     c.Clear(kWhite);
     MoveToEx(c.dc, 7, 7, nullptr);
