@@ -43,8 +43,10 @@ bool OpenedHere(const ClipboardState& s) { return s.open && s.opener == std::thi
 BOOL OpenClipboard(HWND owner) {
     auto& s = Board();
     std::lock_guard g(s.lock);
-    // The same thread opening again keeps it open, as the system allows.
-    if (s.open && s.opener != std::this_thread::get_id()) {
+    // The clipboard belongs to the window it was opened for, not to a thread: opening it
+    // again for that window succeeds from any thread, which then holds it; for another
+    // window (or none, when it was opened for one) it is refused.
+    if (s.open && s.openWindow != owner) {
         SetLastError(ERROR_ACCESS_DENIED);
         return FALSE;
     }

@@ -149,15 +149,17 @@ TEST_F(CopyListTest, SelectedRowsGoToTheClipboardInTheSettingsColumnOrderAndRead
     EXPECT_EQ(list.Copy(), 1);
     EXPECT_EQ(kiv_ui::GetClipboardText(nullptr), CKivStringT(L"East\tNorth\tPoint\r\n5006.250\t1020.500\tPT3\r\n"));
 
-    // While another thread holds the clipboard open, copying fails and leaves it alone.
+    // While another thread holds the clipboard open for a window of its own, copying fails
+    // and leaves it alone, and reading finds nothing.
     HANDLE opened = CreateEventW(nullptr, TRUE, FALSE, nullptr), release = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    const HWND holderWindow = kiv_test::MakePlainWindow(10, 10);
     std::thread holder([&] {
-        OpenClipboard(nullptr);
+        OpenClipboard(holderWindow);
         SetEvent(opened);
-        WaitForSingleObject(release, INFINITE);
+        WaitForSingleObject(release, 10000);  // bounded: a failed check must not hang the suite
         CloseClipboard();
     });
-    WaitForSingleObject(opened, INFINITE);
+    EXPECT_EQ(WaitForSingleObject(opened, 10000), WAIT_OBJECT_0);
     EXPECT_EQ(list.Copy(), LB_ERR);
     EXPECT_EQ(kiv_ui::GetClipboardText(nullptr), CKivStringT());
     SetEvent(release);
@@ -165,6 +167,7 @@ TEST_F(CopyListTest, SelectedRowsGoToTheClipboardInTheSettingsColumnOrderAndRead
     EXPECT_EQ(kiv_ui::GetClipboardText(nullptr), CKivStringT(L"East\tNorth\tPoint\r\n5006.250\t1020.500\tPT3\r\n"));
     CloseHandle(opened);
     CloseHandle(release);
+    DestroyWindow(holderWindow);
     list.Detach();
 }
 
