@@ -102,16 +102,27 @@ TEST(SurfaceRenderer, ArcsThroughTheWalkStayOnTheirCircle) {
     SurfaceRenderer renderer(*surface, world, BoundingBox(-5, 45, 45, -5));  // half a unit a pixel
     tree->render(0, world, world, &renderer);
 
+    // How far an inked pixel may lie from the circle: the chords sag at most half a pixel,
+    // their ends are rounded to pixels (at most half a diagonal), and GDI lights the pixel
+    // nearest each chord, a tie going to the smaller coordinate (half a pixel).
+    const double slack = 0.5 + std::sqrt(0.5) + 0.5;
+    const double cx = renderer.toPixelX(0), cy = renderer.toPixelY(0);
     int inked = 0;
+    double distances = 0;
     for (int y = 0; y < 100; ++y) {
         for (int x = 0; x < 100; ++x) {
             if (at(*surface, x, y) != 0xFF0000u) continue;
             ++inked;
-            const double cx = renderer.toPixelX(0), cy = renderer.toPixelY(0);
-            EXPECT_NEAR(std::hypot(x - cx, y - cy), 80.0, 1.0) << x << "," << y;
+            distances += std::hypot(x - cx, y - cy);
+            EXPECT_NEAR(std::hypot(x - cx, y - cy), 80.0, slack) << x << "," << y;
+            // Counter-clockwise from east to north: the upper right quarter, y down.
+            EXPECT_TRUE(x >= cx - 1 && y <= cy + 1) << x << "," << y;
         }
     }
     EXPECT_GT(inked, 100);  // a quarter of a circle of 80 pixels is some 126 long
+    // The roundings go either way, so on average the pixels keep the radius closely: a
+    // radius a pixel out would not.
+    EXPECT_NEAR(distances / inked, 80.0, 0.25);
 }
 
 TEST(SurfaceRenderer, LabelsStartAtTheirAnchorAndTurnWithTheirStyle) {
