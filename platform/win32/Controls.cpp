@@ -702,11 +702,13 @@ void RegisterStandardControls() {
     const struct {
         const wchar_t* name;
         WNDPROC proc;
-    } classes[] = {{L"STATIC", &Proc<Kind::Static>},
-                   {L"EDIT", &Proc<Kind::Edit>},
-                   {L"BUTTON", &Proc<Kind::Button>},
-                   {L"LISTBOX", &Proc<Kind::ListBox>},
-                   {L"COMBOBOX", &Proc<Kind::ComboBox>},
+    } classes[] = {// The system's spelling, which GetClassNameW gives back whatever spelling made
+                   // the window (class names ignore case).
+                   {L"Static", &Proc<Kind::Static>},
+                   {L"Edit", &Proc<Kind::Edit>},
+                   {L"Button", &Proc<Kind::Button>},
+                   {L"ListBox", &Proc<Kind::ListBox>},
+                   {L"ComboBox", &Proc<Kind::ComboBox>},
                    {kDropListClass, &DropListProc}};
     for (const auto& c : classes) {
         WNDCLASSW wc{};

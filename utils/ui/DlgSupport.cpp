@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/kivutils/KivString.h"
 #include "platform/kivutils/Xlate.h"
 
 namespace kiv_ui {
@@ -34,6 +35,12 @@ HFONT BoldFont() {
     return font;
 }
 
+bool IsWindowOfClass(HWND window, const wchar_t* className) {
+    wchar_t cls[64] = {};
+    if (className == nullptr || GetClassNameW(window, cls, 64) == 0) return false;
+    return CKivStringT(cls).CompareNoCase(className) == 0;
+}
+
 void ApplyFontToDescendants(HWND window, HFONT font) {
     for (HWND c = GetWindow(window, GW_CHILD); c; c = GetWindow(c, GW_HWNDNEXT)) {
         SendMessageW(c, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
@@ -51,10 +58,8 @@ void TranslateDialogTexts(HWND window) {
         if (text != translated) SetWindowTextW(window, translated);
     }
     for (HWND c = GetWindow(window, GW_CHILD); c; c = GetWindow(c, GW_HWNDNEXT)) {
-        wchar_t cls[32] = {};
-        GetClassNameW(c, cls, 32);
         // An edit field holds what the user typed, not a label.
-        if (std::wstring_view(cls) == L"EDIT") continue;
+        if (IsWindowOfClass(c, L"Edit")) continue;
         TranslateDialogTexts(c);
     }
 }

@@ -16,6 +16,11 @@ HFONT BoldFont();
 void DrawFrame(HDC dc, const RECT& rect, COLORREF colour);
 void FillColour(HDC dc, const RECT& rect, COLORREF colour);
 
+// Whether the window is of the named class. Class names ignore case, and the system
+// spells its own controls' classes its own way ("Edit", "Button"), whatever spelling
+// made the window.
+bool IsWindowOfClass(HWND window, const wchar_t* className);
+
 // Sends WM_SETFONT to the window's children and, recursively, to theirs.
 void ApplyFontToDescendants(HWND window, HFONT font);
 

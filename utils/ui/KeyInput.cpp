@@ -1,7 +1,7 @@
 // The soft keyboard's window and the decision whether a tap wants it.
 #include "utils/ui/KeyInput.h"
 
-#include <string_view>
+#include "utils/ui/DlgSupport.h"
 
 namespace {
 
@@ -18,9 +18,7 @@ LRESULT CALLBACK KeyboardProc(HWND w, UINT message, WPARAM wParam, LPARAM lParam
 
 BOOL showKeyboardIfNeeded(HWND, const MSG* message) {
     if (!message || message->message != WM_LBUTTONUP || !IsWindow(message->hwnd)) return FALSE;
-    wchar_t cls[32] = {};
-    GetClassNameW(message->hwnd, cls, 32);
-    if (std::wstring_view(cls) != L"EDIT") return FALSE;
+    if (!kiv_ui::IsWindowOfClass(message->hwnd, L"Edit")) return FALSE;
     if (!IsWindowEnabled(message->hwnd) || (GetWindowLongW(message->hwnd, GWL_STYLE) & ES_READONLY)) return FALSE;
     HWND keyboard = FindWindowW(kSoftKeyboardClass, nullptr);
     if (!keyboard) return FALSE;

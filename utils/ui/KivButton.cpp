@@ -10,10 +10,8 @@ int CKivButton::SubclassAllBtnsInDlg(CWnd* dialog) {
     if (!dialog || !dialog->m_hWnd) return 0;
     int count = 0;
     for (HWND c = GetWindow(dialog->m_hWnd, GW_CHILD); c; c = GetWindow(c, GW_HWNDNEXT)) {
-        wchar_t cls[16] = {};
-        GetClassNameW(c, cls, 16);
         const DWORD type = static_cast<DWORD>(GetWindowLongW(c, GWL_STYLE)) & BS_TYPEMASK;
-        if (std::wstring_view(cls) != L"BUTTON" || (type != BS_PUSHBUTTON && type != BS_DEFPUSHBUTTON)) continue;
+        if (!kiv_ui::IsWindowOfClass(c, L"Button") || (type != BS_PUSHBUTTON && type != BS_DEFPUSHBUTTON)) continue;
         if (CWnd::FromHandlePermanent(c)) continue;
         auto* b = new CKivButton;
         if (!b->SubclassWindow(c)) {
