@@ -394,14 +394,18 @@ LRESULT ButtonMessage(HWND w, ControlState& s, UINT message, WPARAM wParam, LPAR
             return DLGC_BUTTON;
         case BM_GETCHECK: return s.check;
         case BM_SETCHECK: s.check = static_cast<int>(wParam); break;
-        case BM_GETSTATE: return s.check | (s.pushed ? 4 : 0) | (Focused(w) ? 8 : 0);
+        case BM_GETSTATE: return s.check | (s.pushed ? BST_PUSHED : 0) | (Focused(w) ? BST_FOCUS : 0);
         case BM_SETSTATE: s.pushed = wParam != 0; break;
         case BM_SETSTYLE: {
             const DWORD style = static_cast<DWORD>(GetWindowLongW(w, GWL_STYLE));
             SetWindowLongW(w, GWL_STYLE, static_cast<LONG_PTR>((style & ~0xFFFFu) | (wParam & 0xFFFF)));
             break;
         }
-        case BM_CLICK: Click(w, s); return 0;
+        case BM_CLICK:
+            // A press and a release, as a tap gives them, so subclassed buttons see the tap.
+            SendMessageW(w, WM_LBUTTONDOWN, 0, 0);
+            SendMessageW(w, WM_LBUTTONUP, 0, 0);
+            return 0;
         case WM_LBUTTONDOWN: SetFocus(w); s.pushed = true; break;
         case WM_LBUTTONUP:
             if (!s.pushed) return 0;

@@ -78,6 +78,8 @@ constexpr UINT BM_CLICK = 0x00F5;
 constexpr WPARAM BST_UNCHECKED = 0;
 constexpr WPARAM BST_CHECKED = 1;
 constexpr int BST_INDETERMINATE = 2;
+constexpr LRESULT BST_PUSHED = 4;  // in BM_GETSTATE's answer
+constexpr LRESULT BST_FOCUS = 8;
 constexpr WORD BN_CLICKED = 0;
 
 constexpr LRESULT LB_ERR = -1;

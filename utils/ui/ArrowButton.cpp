@@ -14,15 +14,19 @@ BYTE CKivArrowButton::GetVirtualKey() const {
 }
 
 LRESULT CKivArrowButton::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
-    const bool click = message == BM_CLICK || (message == WM_LBUTTONUP && (SendMessage(BM_GETSTATE) & 4)) ||
-                       (message == WM_KEYDOWN && wParam == VK_SPACE);
-    HWND previous = ::GetFocus();
+    // A tap (and BM_CLICK, which the button turns into one) presses on WM_LBUTTONDOWN,
+    // which focuses the button, and clicks on WM_LBUTTONUP; the key belongs to the control
+    // the user was in before the press.
+    if (message == WM_LBUTTONDOWN) focusBeforeTap_ = ::GetFocus();
+    const bool tap = message == WM_LBUTTONUP && (SendMessage(BM_GETSTATE) & BST_PUSHED);
+    const bool click = tap || (message == WM_KEYDOWN && wParam == VK_SPACE);
     const LRESULT r = CKivOwnerDrawButton::WindowProc(message, wParam, lParam);
     if (click && ::IsWindow(m_hWnd)) {
-        // A tap focuses the button; the key belongs to the control the user was in.
+        HWND previous = tap ? focusBeforeTap_ : nullptr;
         if (previous && previous != m_hWnd && ::IsWindow(previous)) ::SetFocus(previous);
         SendArrow();
     }
+    if (message == WM_LBUTTONUP) focusBeforeTap_ = nullptr;
     return r;
 }
 

@@ -24,4 +24,5 @@ protected:
 private:
     void SendArrow();
     EDirection direction_;
+    HWND focusBeforeTap_ = nullptr;  // between the press and the release of a tap
 };
