@@ -168,14 +168,16 @@ LRESULT CDialog::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
         case WM_CLOSE: SendMessage(WM_COMMAND, IDCANCEL, 0); return 0;
         case WM_ACTIVATE: {
             // The control that had the focus when the dialog lost activation (to a message
-            // box, say) gets it back when the dialog is active again.
-            HWND focus = ::GetFocus();
+            // box, say) gets it back when the dialog is active again. The default handling
+            // focuses the dialog itself, so it goes first and the control after it.
             if (LOWORD(wParam) == WA_INACTIVE) {
+                HWND focus = ::GetFocus();
                 if (focus && ::IsChild(m_hWnd, focus)) m_lastFocus = focus;
-            } else if (m_lastFocus && focus != m_lastFocus && ::IsChild(m_hWnd, m_lastFocus)) {
-                ::SetFocus(m_lastFocus);
+                return CWnd::WindowProc(message, wParam, lParam);
             }
-            return CWnd::WindowProc(message, wParam, lParam);
+            const LRESULT r = CWnd::WindowProc(message, wParam, lParam);
+            if (m_lastFocus && ::GetFocus() != m_lastFocus && ::IsChild(m_hWnd, m_lastFocus)) ::SetFocus(m_lastFocus);
+            return r;
         }
         default: return CWnd::WindowProc(message, wParam, lParam);
     }
