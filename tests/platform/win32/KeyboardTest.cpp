@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/win32/Win32.h"
+#include "tests/platform/win32/PostedMessages.h"
 #include "tests/support/TestSupport.h"
 
 namespace {
@@ -28,12 +29,7 @@ protected:
         keybd_event(key, 0, 0, 0);
         keybd_event(key, 0, KEYEVENTF_KEYUP, 0);
     }
-    static std::vector<MSG> Drain() {
-        std::vector<MSG> all;
-        MSG m;
-        while (PeekMessageW(&m, nullptr, 0, 0, PM_REMOVE)) all.push_back(m);
-        return all;
-    }
+    static std::vector<MSG> Drain() { return kiv_test::DrainPosted(); }
 };
 
 }  // namespace
