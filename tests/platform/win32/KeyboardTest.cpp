@@ -34,17 +34,25 @@ protected:
 
 }  // namespace
 
+// GetKeyState gives the state as of the key messages the thread has read, so each step
+// reads its messages before it asks.
 TEST_F(Keyboard, CapsLockTogglesOnEachPressAndReachesTheFocusedWindow) {
     EXPECT_EQ(GetKeyState(VK_CAPITAL) & 1, 0);
+    std::vector<MSG> got;
+    auto read = [&] {
+        for (const MSG& m : Drain()) got.push_back(m);
+    };
     keybd_event(VK_CAPITAL, 0x3A, 0, 0);
+    read();
     EXPECT_EQ(GetKeyState(VK_CAPITAL) & 1, 1);
     EXPECT_LT(GetKeyState(VK_CAPITAL), 0);  // held down: the high bit
     keybd_event(VK_CAPITAL, 0x3A, KEYEVENTF_KEYUP, 0);
+    read();
     EXPECT_EQ(GetKeyState(VK_CAPITAL), 1);
     Press(VK_CAPITAL);
+    read();
     EXPECT_EQ(GetKeyState(VK_CAPITAL) & 1, 0);
 
-    const std::vector<MSG> got = Drain();
     ASSERT_EQ(got.size(), 4u);
     EXPECT_EQ(got[0].message, WM_KEYDOWN);
     EXPECT_EQ(got[1].message, WM_KEYUP);
