@@ -2,7 +2,8 @@
 # Runs a cross-built Windows program under Wine, headless: the prefix lives in the build
 # folder (KIV_WINEPREFIX, else ./wineprefix above the program's folder is found by
 # walking up to the folder holding CMakeCache.txt), no X display is opened, Wine's own
-# debug channels are quiet, and the first run does not try to install Mono or Gecko.
+# debug channels are quiet, and the first run does not try to install Mono or Gecko. A
+# program that faults ends there instead of waiting in Wine's debugger for ever.
 set -eu
 if [ -z "${KIV_WINEPREFIX:-}" ]; then
     dir=$(pwd)
@@ -18,7 +19,7 @@ if [ -z "$WINE" ]; then
     done
 fi
 unset DISPLAY WAYLAND_DISPLAY
-export WINEPREFIX="$KIV_WINEPREFIX" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" WINEARCH=win64
+export WINEPREFIX="$KIV_WINEPREFIX" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=;winedbg.exe=d" WINEARCH=win64
 # Without a display no graphics driver loads and every CreateWindowEx fails; the null
 # driver gives real windows that draw into memory only. The desktop reads the choice when
 # it starts, so a new prefix is told once and its session ended before the program runs.

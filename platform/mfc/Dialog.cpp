@@ -14,7 +14,11 @@ std::map<std::wstring, CDialogTemplate>& TemplatesByName() {
     return m;
 }
 
-LRESULT DlgCode(HWND w) { return w ? ::SendMessageW(w, WM_GETDLGCODE, 0, 0) : 0; }
+// The key's message goes along, as the system's dialog manager sends it: a control may
+// want a key only in some states (an open combo box list takes Enter and Escape).
+LRESULT DlgCode(HWND w, MSG* msg) {
+    return w ? ::SendMessageW(w, WM_GETDLGCODE, msg->wParam, reinterpret_cast<LPARAM>(msg)) : 0;
+}
 
 bool IsTabStop(HWND w) {
     const auto style = static_cast<DWORD>(::GetWindowLongW(w, GWL_STYLE));
@@ -204,7 +208,7 @@ void CDialog::MoveFocus(bool backwards) {
 BOOL CDialog::PreTranslateMessage(MSG* msg) {
     if (!m_hWnd || msg->message != WM_KEYDOWN) return FALSE;
     if (msg->hwnd != m_hWnd && !::IsChild(m_hWnd, msg->hwnd)) return FALSE;
-    const LRESULT code = DlgCode(msg->hwnd == m_hWnd ? nullptr : msg->hwnd);
+    const LRESULT code = DlgCode(msg->hwnd == m_hWnd ? nullptr : msg->hwnd, msg);
     if (code & DLGC_WANTALLKEYS) return FALSE;
     switch (msg->wParam) {
         case VK_TAB:

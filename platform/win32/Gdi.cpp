@@ -138,11 +138,13 @@ HDC GetDC(HWND window) {
     return Add<HDC>(dc);
 }
 
-int ReleaseDC(HWND window, HDC dc) {
+// The DC alone says which window it belongs to: the system releases it whatever window
+// the caller names.
+int ReleaseDC(HWND, HDC dc) {
     auto d = FindDC(dc);
-    if (!d || d->memory || d->window != window) return 0;
+    if (!d || d->memory) return 0;
     kiv_win32::RemoveHandle(dc);
-    if (window) kiv_win32::detail::NotifyWindowChange(window, kiv_win32::WindowChange::Pixels);
+    if (d->window) kiv_win32::detail::NotifyWindowChange(d->window, kiv_win32::WindowChange::Pixels);
     return 1;
 }
 
@@ -206,7 +208,9 @@ HBITMAP CreateCompatibleBitmap(HDC dc, int width, int height) {
         SetLastError(ERROR_INVALID_HANDLE);
         return nullptr;
     }
-    const bool monochrome = d->memory && d->Target().bitCount == 1;
+    // A bitmap with no pixels is the one-pixel monochrome bitmap, as the system hands out.
+    const bool monochrome = (d->memory && d->Target().bitCount == 1) || width == 0 || height == 0;
+    if (width == 0 || height == 0) width = height = 1;
     auto surface = MakeSurface(width, height, monochrome ? 1 : 32, true);
     if (surface) surface->monochromeDevice = monochrome;
     return AddBitmap(std::move(surface), false);
@@ -312,12 +316,15 @@ HGDIOBJ GetCurrentObject(HDC dc, UINT type) {
 
 BOOL DeleteObject(HGDIOBJ object) {
     auto o = FindGdi<GdiObject>(object);
-    if (!o || o->ObjectType() == OBJ_DC || o->ObjectType() == OBJ_MEMDC) {
+    if (!o) {
         SetLastError(ERROR_INVALID_HANDLE);
         return FALSE;
     }
+    if (o->ObjectType() == OBJ_MEMDC) return DeleteDC(static_cast<HDC>(object));
+    if (o->ObjectType() == OBJ_DC) return ReleaseDC(nullptr, static_cast<HDC>(object)) == 1;
     if (o->stock) return TRUE;
-    if (o->ObjectType() == OBJ_BITMAP && std::static_pointer_cast<BitmapObject>(o)->selected) return FALSE;
+    // A selected object, a bitmap too, loses its handle now; the device context keeps
+    // what it holds until something else is selected in its place.
     kiv_win32::RemoveHandle(object);
     return TRUE;
 }

@@ -153,7 +153,11 @@ struct Transfer {
             return TRUE;
         }
         if (!keyed && !sourceUsed && !UsesDest(code)) {
-            const std::uint32_t value = target.Native(FromPixel(Rop3(code, Pattern(), 0, 0)));
+            std::uint32_t value = target.Native(FromPixel(Rop3(code, Pattern(), 0, 0)));
+            // The two constant operations set the pixel's bits themselves: on a palette
+            // surface that is the table's first entry and its last, whatever they hold.
+            if (target.bitCount <= 8 && (code == 0x00 || code == 0xFF))
+                value = code == 0 ? 0u : (1u << target.bitCount) - 1;
             for (int row = 0; row < db.h; ++row)
                 target.FillSpan(static_cast<int>(db.y + row), static_cast<int>(db.x), static_cast<int>(db.x + db.w), value);
             return TRUE;

@@ -28,6 +28,8 @@ BOOL LineTo(HDC dc, int x, int y) {
     auto d = DC(dc);
     if (!d) return FALSE;
     const POINT points[2] = {d->position, POINT{x, y}};
+    // Each line starts its pen's pattern afresh; only a polyline carries it on.
+    d->dashPhase = 0;
     StrokePolyline(*d, points, 2, false);
     d->position = points[1];
     return TRUE;

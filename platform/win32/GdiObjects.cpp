@@ -131,7 +131,8 @@ int BitmapObject::Describe(int size, void* buffer) const {
     if (dibSection && (!buffer || size >= static_cast<int>(sizeof(DIBSECTION)))) {
         d.dsBmih.biSize = sizeof(BITMAPINFOHEADER);
         d.dsBmih.biWidth = s.width;
-        d.dsBmih.biHeight = s.topDown ? -s.height : s.height;
+        // The row order is the creator's to remember: the system reports the height alone.
+        d.dsBmih.biHeight = s.height;
         d.dsBmih.biPlanes = 1;
         d.dsBmih.biBitCount = static_cast<WORD>(s.bitCount);
         d.dsBmih.biCompression = BI_RGB;

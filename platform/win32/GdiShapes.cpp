@@ -166,9 +166,11 @@ BOOL IntersectRect(LPRECT result, const RECT* a, const RECT* b) {
 }
 
 BOOL UnionRect(LPRECT result, const RECT* a, const RECT* b) {
-    if (!result || !a || !b) return FALSE;
+    // A missing rectangle counts as an empty one, which adds nothing.
+    if (!result) return FALSE;
     if (IsRectEmpty(a) || IsRectEmpty(b)) {
-        *result = IsRectEmpty(a) ? *b : *a;
+        if (IsRectEmpty(a) && IsRectEmpty(b)) *result = RECT{0, 0, 0, 0};
+        else *result = IsRectEmpty(a) ? *b : *a;
         return !IsRectEmpty(result);
     }
     *result = RECT{std::min(a->left, b->left), std::min(a->top, b->top), std::max(a->right, b->right),

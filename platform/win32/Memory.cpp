@@ -279,16 +279,22 @@ LPVOID MapViewOfFile(HANDLE mapping, DWORD desiredAccess, DWORD fileOffsetHigh, 
     return base;
 }
 
+// Any address inside a view names the whole view, as the system takes it.
 BOOL UnmapViewOfFile(LPCVOID baseAddress) {
+    const auto address = reinterpret_cast<std::uintptr_t>(baseAddress);
+    std::uintptr_t start = 0;
     View view;
     {
         std::lock_guard g(Mappings().lock);
-        auto it = Mappings().views.find(reinterpret_cast<std::uintptr_t>(baseAddress));
-        if (it == Mappings().views.end()) return Failed(ERROR_INVALID_ADDRESS, FALSE);
+        auto it = Mappings().views.upper_bound(address);
+        if (it == Mappings().views.begin()) return Failed(ERROR_INVALID_ADDRESS, FALSE);
+        --it;
+        if (address - it->first >= it->second.bytes) return Failed(ERROR_INVALID_ADDRESS, FALSE);
+        start = it->first;
         view = std::move(it->second);
         Mappings().views.erase(it);
     }
-    ::munmap(const_cast<void*>(baseAddress), view.bytes);
+    ::munmap(reinterpret_cast<void*>(start), view.bytes);
     return TRUE;
 }
 

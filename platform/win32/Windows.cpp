@@ -356,27 +356,36 @@ std::vector<HWND> TopLevelWindows() {
     return t.topLevel;
 }
 
-// Destroys a window without the owner-thread check: also used for the children. Owned
-// windows go before the owner hears WM_DESTROY; only its children are destroyed between
-// its WM_DESTROY and WM_NCDESTROY.
-void Destroy(HWND handle) {
+// The window's children (WS_CHILD) and, when asked, the top-level windows it owns, marking
+// the window as being destroyed so that no second DestroyWindow starts over.
+std::vector<HWND> ChildrenOf(HWND handle, std::vector<HWND>* owned) {
+    std::vector<HWND> children;
+    WindowTable& t = Table();
+    std::lock_guard g(t.lock);
+    Window* w = Find(t, handle);
+    if (!w) return children;
+    w->destroying = true;
+    for (HWND h : w->children) {
+        Window* c = Find(t, h);
+        if (c && (c->style & WS_CHILD)) children.push_back(h);
+        else if (c && owned) owned->push_back(h);
+    }
+    return children;
+}
+
+// WM_DESTROY goes down the whole tree, parent before children, while every window of it
+// still exists; the children are freed only afterwards.
+void SendDestroyDown(HWND handle) {
     NotifyWindowChange(handle, WindowChange::Destroyed);
     HandOnActivation(handle);
-    std::vector<HWND> children, owned;
-    {
-        WindowTable& t = Table();
-        std::lock_guard g(t.lock);
-        Window* w = Find(t, handle);
-        if (!w) return;
-        w->destroying = true;
-        for (HWND h : w->children) {
-            Window* c = Find(t, h);
-            if (c) (c->style & WS_CHILD ? children : owned).push_back(h);
-        }
-    }
-    for (HWND h : owned) Destroy(h);
+    const std::vector<HWND> children = ChildrenOf(handle, nullptr);
     SendMessageW(handle, WM_DESTROY, 0, 0);
-    for (HWND child : children) Destroy(child);
+    for (HWND child : children) SendDestroyDown(child);
+}
+
+// WM_NCDESTROY comes up the tree: each window hears it after its children are gone.
+void FreeUp(HWND handle) {
+    for (HWND child : ChildrenOf(handle, nullptr)) FreeUp(child);
     SendMessageW(handle, WM_NCDESTROY, 0, 0);
     WindowTable& t = Table();
     std::shared_ptr<Window> gone;  // released after the lock
@@ -389,6 +398,22 @@ void Destroy(HWND handle) {
     std::erase(t.topLevel, handle);
     if (t.focus == handle) t.focus = nullptr;
     if (auto a = t.active.find(gone->thread); a != t.active.end() && a->second == handle) t.active.erase(a);
+}
+
+// The windows owned by the window or by any of its children (a control's drop-down list).
+void CollectOwned(HWND handle, std::vector<HWND>& owned) {
+    for (HWND child : ChildrenOf(handle, &owned)) CollectOwned(child, owned);
+}
+
+// Destroys a window without the owner-thread check. Owned windows go whole before the
+// owner hears WM_DESTROY; then the window's own tree hears WM_DESTROY top down and
+// WM_NCDESTROY bottom up.
+void Destroy(HWND handle) {
+    std::vector<HWND> owned;
+    CollectOwned(handle, owned);
+    for (HWND h : owned) Destroy(h);
+    SendDestroyDown(handle);
+    FreeUp(handle);
 }
 
 void DestroyThreadWindows(ThreadContext& thread) {
@@ -687,9 +712,12 @@ BOOL ShowWindow(HWND window, int command) {
         mine = w.thread == GetCurrentThreadId();
         enabled = !(w.style & WS_DISABLED);
     });
+    // SW_SHOW and SW_HIDE do nothing to a window already in that state; SW_SHOWNORMAL and
+    // SW_RESTORE activate it again.
     if (topLevel && mine) {
-        if (!show) HandOnActivation(window);
-        else if (enabled && (command == SW_SHOW || command == SW_SHOWNORMAL || command == SW_RESTORE))
+        if (!show && wasVisible) HandOnActivation(window);
+        else if (show && enabled &&
+                 ((command == SW_SHOW && !wasVisible) || command == SW_SHOWNORMAL || command == SW_RESTORE))
             ChangeActive(window);
     }
     return wasVisible ? TRUE : FALSE;
@@ -946,9 +974,16 @@ LRESULT CallWindowProcW(WNDPROC procedure, HWND window, UINT message, WPARAM wPa
 
 // ---- messages ------------------------------------------------------------------------------------
 
+// Messages from WM_USER up to the registered range mean something to one window class
+// only: a broadcast of one reports success and reaches no window.
+namespace {
+bool Broadcastable(UINT message) { return message < WM_USER || message >= 0xC000; }
+}  // namespace
+
 BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (window == HWND_BROADCAST) {
-        for (HWND h : TopLevelWindows()) PostMessageW(h, message, wParam, lParam);
+        if (Broadcastable(message))
+            for (HWND h : TopLevelWindows()) PostMessageW(h, message, wParam, lParam);
         return TRUE;
     }
     if (!window) return PostThreadMessageW(GetCurrentThreadId(), message, wParam, lParam);
@@ -1033,7 +1068,8 @@ BOOL PostThreadMessageW(DWORD threadId, UINT message, WPARAM wParam, LPARAM lPar
 
 LRESULT SendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (window == HWND_BROADCAST) {
-        for (HWND h : TopLevelWindows()) SendMessageW(h, message, wParam, lParam);
+        if (Broadcastable(message))
+            for (HWND h : TopLevelWindows()) SendMessageW(h, message, wParam, lParam);
         return 0;
     }
     DWORD owner = 0;

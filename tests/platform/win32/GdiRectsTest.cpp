@@ -78,7 +78,8 @@ TEST(GdiRects, UnionLeavesEmptyRectanglesOut) {
     EXPECT_FALSE(UnionRect(&out, &empty, &empty));
     EXPECT_TRUE(IsRectEmpty(&out));
     EXPECT_FALSE(UnionRect(nullptr, &a, &b));
-    EXPECT_FALSE(UnionRect(&out, nullptr, &b));
+    EXPECT_TRUE(UnionRect(&out, nullptr, &b)) << "a missing rectangle counts as empty";
+    EXPECT_TRUE(Same(out, b));
 }
 
 constexpr COLORREF kWhite = RGB(255, 255, 255);
@@ -132,11 +133,13 @@ TEST(GdiShapes, RectangleTooThinForAnInsideIsAllOutline) {
 TEST(GdiShapes, PolygonCallsRefuseWhatTheyCannotDraw) {
     kiv_test::Canvas c(8, 8);
     const POINT one[1] = {{1, 1}};
-    SetLastError(0);
+    // Refused without a promised error code: the system's GDI leaves the last error alone.
     EXPECT_FALSE(Polygon(c.dc, one, 1));
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
-    EXPECT_FALSE(Polygon(c.dc, nullptr, 3));
     EXPECT_FALSE(Polygon(nullptr, one, 1));
+#ifndef _WIN32
+    // The host also refuses a missing point array; the system's GDI reads through it.
+    EXPECT_FALSE(Polygon(c.dc, nullptr, 3));
+#endif
 
     EXPECT_EQ(GetPolyFillMode(c.dc), ALTERNATE);
     EXPECT_EQ(SetPolyFillMode(c.dc, WINDING), ALTERNATE);

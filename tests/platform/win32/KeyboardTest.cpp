@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/win32/Win32.h"
+#include "tests/platform/win32/PostedMessages.h"
 #include "tests/support/TestSupport.h"
 
 namespace {
@@ -28,27 +29,30 @@ protected:
         keybd_event(key, 0, 0, 0);
         keybd_event(key, 0, KEYEVENTF_KEYUP, 0);
     }
-    static std::vector<MSG> Drain() {
-        std::vector<MSG> all;
-        MSG m;
-        while (PeekMessageW(&m, nullptr, 0, 0, PM_REMOVE)) all.push_back(m);
-        return all;
-    }
+    static std::vector<MSG> Drain() { return kiv_test::DrainPosted(); }
 };
 
 }  // namespace
 
+// GetKeyState gives the state as of the key messages the thread has read, so each step
+// reads its messages before it asks.
 TEST_F(Keyboard, CapsLockTogglesOnEachPressAndReachesTheFocusedWindow) {
     EXPECT_EQ(GetKeyState(VK_CAPITAL) & 1, 0);
+    std::vector<MSG> got;
+    auto read = [&] {
+        for (const MSG& m : Drain()) got.push_back(m);
+    };
     keybd_event(VK_CAPITAL, 0x3A, 0, 0);
+    read();
     EXPECT_EQ(GetKeyState(VK_CAPITAL) & 1, 1);
     EXPECT_LT(GetKeyState(VK_CAPITAL), 0);  // held down: the high bit
     keybd_event(VK_CAPITAL, 0x3A, KEYEVENTF_KEYUP, 0);
+    read();
     EXPECT_EQ(GetKeyState(VK_CAPITAL), 1);
     Press(VK_CAPITAL);
+    read();
     EXPECT_EQ(GetKeyState(VK_CAPITAL) & 1, 0);
 
-    const std::vector<MSG> got = Drain();
     ASSERT_EQ(got.size(), 4u);
     EXPECT_EQ(got[0].message, WM_KEYDOWN);
     EXPECT_EQ(got[1].message, WM_KEYUP);

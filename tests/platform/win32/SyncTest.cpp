@@ -205,8 +205,12 @@ TEST_F(Sync, ThreadTerminatedWhileEnteringACriticalSectionEndsWithoutIt) {
     ASSERT_EQ(WaitForSingleObject(second, 10000), WAIT_OBJECT_0);
     EXPECT_EQ(ExitCode(first), 6u);
     EXPECT_EQ(c.value, 1);
+#ifndef _WIN32
+    // The host forgets the terminated waiter, so the section is free again. The system's
+    // section goes on counting it as waiting, and is never free to TryEnter again.
     EXPECT_TRUE(TryEnterCriticalSection(&c.section));
     LeaveCriticalSection(&c.section);
+#endif
     DeleteCriticalSection(&c.section);
     CloseHandle(first);
     CloseHandle(second);

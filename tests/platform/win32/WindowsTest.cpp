@@ -2,6 +2,7 @@
 // between threads.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <map>
 #include <mutex>
@@ -11,6 +12,8 @@
 
 #include "platform/win32/MessageBatch.h"
 #include "platform/win32/Win32.h"
+#include "tests/platform/win32/PostedMessages.h"
+#include "tests/platform/win32/UnderWine.h"
 #include "tests/support/TestSupport.h"
 
 namespace {
@@ -67,17 +70,22 @@ protected:
             ASSERT_TRUE(RegisterClassW(&c) != 0 || GetLastError() == ERROR_CLASS_ALREADY_EXISTS);
         }
     }
+    // Windows outlive the host's reset on Windows, where the next test would find them
+    // active, focused or hearing its broadcasts: each test destroys what it made.
+    void TearDown() override {
+        for (HWND h : made)
+            if (IsWindow(h)) DestroyWindow(h);
+        made.clear();
+    }
+    static inline std::vector<HWND> made;
     static HWND Make(const wchar_t* title, DWORD style = WS_VISIBLE, HWND parent = nullptr, int id = 0,
                      LPVOID parameter = nullptr) {
-        return CreateWindowExW(0, L"recording", title, style, 10, 20, 100, 50, parent,
-                               reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), nullptr, parameter);
+        HWND h = CreateWindowExW(0, L"recording", title, style, 10, 20, 100, 50, parent,
+                                 reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), nullptr, parameter);
+        if (h && !(style & WS_CHILD)) made.push_back(h);
+        return h;
     }
-    static std::vector<MSG> Drain() {
-        std::vector<MSG> all;
-        MSG m;
-        while (PeekMessageW(&m, nullptr, 0, 0, PM_REMOVE)) all.push_back(m);
-        return all;
-    }
+    static std::vector<MSG> Drain() { return kiv_test::DrainPosted(); }
 };
 
 // Registers `name` for `procedure` and makes a hidden top-level window of it on this thread.
@@ -137,6 +145,7 @@ TEST_F(Windows, CreationSendsNcCreateAndCreateAndKeepsParentIdTextAndClassForFin
 
     HWND main = Make(L"Main");
     HWND keyboard = CreateWindowExW(0, L"Keybord Window", L"SIP", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
+    made.push_back(keyboard);
     Make(L"Hidden child", WS_CHILD, main, 3);
     EXPECT_EQ(FindWindowW(L"keybord window", nullptr), keyboard);
     EXPECT_EQ(FindWindowW(nullptr, L"main"), main);
@@ -215,6 +224,9 @@ TEST_F(Windows, ActivationFollowsShowingFocusHidingAndDestroyingAndTellsTheLoser
     EXPECT_EQ(GetActiveWindow(), nullptr);
     EnableWindow(a, TRUE);
     ShowWindow(a, SW_SHOW);
+    EXPECT_EQ(TakeActivations(names), "") << "showing a window already shown changes nothing";
+    ShowWindow(a, SW_HIDE);
+    ShowWindow(a, SW_SHOW);
     ShowWindow(a, SW_HIDE);
     EXPECT_EQ(TakeActivations(names), "a:1:- a:0:-");
 
@@ -247,11 +259,11 @@ TEST_F(Windows, WindowTreeIsDestroyedWithItsChildren) {
     }
     ASSERT_TRUE(DestroyWindow(dialog));
 
-    // Owned windows go before their owner hears WM_DESTROY; children go between its
-    // WM_DESTROY and WM_NCDESTROY.
+    // Owned windows go before their owner hears WM_DESTROY; then WM_DESTROY reaches the
+    // whole tree top down while every window still exists, and WM_NCDESTROY comes bottom up.
     std::vector<std::pair<HWND, UINT>> expected = {
-        {popup, WM_DESTROY},   {popup, WM_NCDESTROY}, {dialog, WM_DESTROY},  {group, WM_DESTROY},
-        {edit, WM_DESTROY},    {edit, WM_NCDESTROY},  {group, WM_NCDESTROY}, {button, WM_DESTROY},
+        {popup, WM_DESTROY},    {popup, WM_NCDESTROY}, {dialog, WM_DESTROY},  {group, WM_DESTROY},
+        {edit, WM_DESTROY},     {button, WM_DESTROY},  {edit, WM_NCDESTROY},  {group, WM_NCDESTROY},
         {button, WM_NCDESTROY}, {dialog, WM_NCDESTROY}};
     std::vector<std::pair<HWND, UINT>> destruction;
     for (auto& m : seen.messages)
@@ -297,20 +309,36 @@ TEST_F(Windows, ThreadMessagesQuitAndFiltersFollowTheQueueRules) {
     EXPECT_EQ(m.wParam, 6u);
     EXPECT_EQ(GetMessageW(&m, reinterpret_cast<HWND>(0x7777), 0, 0), -1);
     EXPECT_FALSE(PostThreadMessageW(0xFFFFFF, WM_USER, 0, 0));
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_THREAD_ID);
+    // Wine reports ERROR_INVALID_PARAMETER for a thread that does not exist.
+    if (!kiv_test::UnderWine()) {
+        EXPECT_EQ(GetLastError(), ERROR_INVALID_THREAD_ID);
+    }
 }
 
 TEST_F(Windows, BroadcastReachesEveryTopLevelWindowAndNoChild) {
     HWND a = Make(L"A");
     HWND b = Make(L"B", 0);  // hidden windows get it too
     Make(L"Child", WS_CHILD, a, 1);
+    HWND child = GetDlgItem(a, 1);
     ASSERT_TRUE(PostMessageW(HWND_BROADCAST, WM_CANCELMODE, 0, 0));
-    std::vector<HWND> got;
+    // The system's own top-level windows of the thread (its input method's) hear it too,
+    // and the order is the windows' stacking order, so only ours are counted.
+    std::map<HWND, int> got;
     for (const MSG& m : Drain()) {
         EXPECT_EQ(m.message, WM_CANCELMODE);
-        got.push_back(m.hwnd);
+        ++got[m.hwnd];
     }
-    EXPECT_EQ(got, (std::vector<HWND>{a, b}));
+    EXPECT_EQ(got[a], 1);
+    EXPECT_EQ(got[b], 1);
+    EXPECT_EQ(got.count(child), 0u);
+
+    // Messages from WM_USER up to the registered ones mean something to one window class
+    // only, so a broadcast of them reaches no one, though it reports success.
+    EXPECT_TRUE(PostMessageW(HWND_BROADCAST, WM_USER, 0, 0));
+    EXPECT_TRUE(PostMessageW(HWND_BROADCAST, WM_APP, 0, 0));
+    SendMessageW(HWND_BROADCAST, WM_USER, 0, 0);
+    EXPECT_TRUE(Drain().empty());
+    EXPECT_EQ(seen.Count(WM_USER), 0u);
 }
 
 namespace {
@@ -327,7 +355,7 @@ DWORD WINAPI PostNumbers(LPVOID parameter) {
 }  // namespace
 
 TEST_F(Windows, MessagesPostedFromASecondThreadArriveInOrder) {
-    HWND main = Make(L"Main");
+    HWND main = Make(L"Main", 0);  // hidden: nothing to paint comes between the posts
     Poster poster{main, 2000};
     HANDLE thread = CreateThread(nullptr, 0, PostNumbers, &poster, 0, nullptr);
     MSG m;
@@ -357,7 +385,8 @@ DWORD WINAPI ReadUntilApp(LPVOID parameter) {
     SetEvent(r->ready);
     MSG m;
     while (GetMessageW(&m, nullptr, 0, 0) > 0 && m.message != WM_APP) {
-        if (m.message == WM_USER) r->read.push_back(m.wParam);
+        // Only its own window: the thread's input method window hears broadcasts too.
+        if (m.hwnd == r->window && (m.message == WM_USER || m.message == WM_CANCELMODE)) r->read.push_back(m.wParam);
     }
     return 0;
 }
@@ -377,7 +406,7 @@ TEST_F(Windows, PostMessagesQueuesEachMessageAsPostMessageWouldInOrder) {
     const MSG batch[] = {{a, WM_USER, 1, 0, 0, {}},       {gone, WM_USER, 2, 0, 0, {}},
                          {remote.window, WM_USER, 3, 0, 0, {}}, {b, WM_USER, 4, 0, 0, {}},
                          {nullptr, WM_USER, 5, 0, 0, {}},  {a, WM_USER, 6, 0, 0, {}},
-                         {remote.window, WM_USER, 7, 0, 0, {}}, {HWND_BROADCAST, WM_USER, 8, 0, 0, {}},
+                         {remote.window, WM_USER, 7, 0, 0, {}}, {HWND_BROADCAST, WM_CANCELMODE, 8, 0, 0, {}},
                          {remote.window, WM_APP, 0, 0, 0, {}}};
     EXPECT_EQ(kiv_win32::PostMessages(batch, 9), 8);
     EXPECT_EQ(GetLastError(), ERROR_INVALID_WINDOW_HANDLE);
@@ -390,10 +419,16 @@ TEST_F(Windows, PostMessagesQueuesEachMessageAsPostMessageWouldInOrder) {
     EXPECT_EQ(remote.read, (std::vector<WPARAM>{3, 7, 8}));
     std::vector<std::pair<HWND, WPARAM>> here;
     for (const MSG& m : Drain()) {
-        EXPECT_EQ(m.message, WM_USER);
+        if (m.hwnd && m.hwnd != a && m.hwnd != b) continue;  // the system's own windows
+        EXPECT_EQ(m.message, m.wParam == 8 ? WM_CANCELMODE : WM_USER);
         here.emplace_back(m.hwnd, m.wParam);
     }
-    EXPECT_EQ(here, (std::vector<std::pair<HWND, WPARAM>>{{a, 1}, {b, 4}, {nullptr, 5}, {a, 6}, {a, 8}, {b, 8}}));
+    // A broadcast goes in the windows' stacking order, so its two are compared as a set.
+    ASSERT_EQ(here.size(), 6u);
+    std::sort(here.begin() + 4, here.end());
+    std::vector<std::pair<HWND, WPARAM>> expected{{a, 1}, {b, 4}, {nullptr, 5}, {a, 6}, {a, 8}, {b, 8}};
+    std::sort(expected.begin() + 4, expected.end());
+    EXPECT_EQ(here, expected);
 }
 
 namespace {
@@ -506,7 +541,12 @@ void StartReaderAndSender() {
 }
 }  // namespace
 
+// Both cases are the host's own guarantee. On Windows a thread terminated in the middle of
+// a send loses its stack at once, and the owner may still be handed a pointer into it.
 TEST_F(Windows, SendOfATerminatedSenderIsWithdrawnBeforeTheOwnerSeesIt) {
+#ifdef _WIN32
+    GTEST_SKIP() << "the system delivers a terminated sender's message; reading its stack then is undefined";
+#endif
     LateReader r;
     StartReaderAndSender();
     TerminateThread(r.sender, 8);
@@ -520,6 +560,9 @@ TEST_F(Windows, SendOfATerminatedSenderIsWithdrawnBeforeTheOwnerSeesIt) {
 }
 
 TEST_F(Windows, TerminatedSenderStaysUntilTheOwnerHasFinishedWithItsMessage) {
+#ifdef _WIN32
+    GTEST_SKIP() << "the system ends a terminated sender at once, its stack with it";
+#endif
     LateReader r;
     SetEvent(r.read);
     StartReaderAndSender();
