@@ -56,3 +56,11 @@ TEST(KivutilArguments, WhatTheParserRefusesIsOneLineNamingWhatIsAccepted) {
     }
     EXPECT_EQ(Kivutil("--help").status, 0);
 }
+
+TEST(KivutilArguments, AWordBeginningWithASlashIsAPathOnEveryHost) {
+    // Windows programs often take "/x" as an option; kivutil's options are "-x" and
+    // "--name" alone, so a rooted path reaches the command whatever the host.
+    const ToolRun run = Kivutil("vector info /no-such-folder/x.vec");
+    EXPECT_EQ(run.status, 1) << run.out;
+    EXPECT_EQ(run.out, "kivutil: cannot load /no-such-folder/x.vec: the file does not exist or cannot be opened\n");
+}
