@@ -6,7 +6,10 @@
 # program that faults ends there instead of waiting in Wine's debugger for ever.
 set -eu
 if [ -z "${KIV_WINEPREFIX:-}" ]; then
+    # From the program's folder when it names one (the cross-check runs from the source
+    # tree), else from the current one (wineboot and other Wine commands).
     dir=$(pwd)
+    if [ -f "${1:-}" ] && [ "${1#*/}" != "$1" ]; then dir=$(cd "$(dirname "$1")" && pwd); fi
     while [ "$dir" != "/" ] && [ ! -f "$dir/CMakeCache.txt" ]; do dir=$(dirname "$dir"); done
     [ "$dir" = "/" ] && dir=$(pwd)
     KIV_WINEPREFIX="$dir/wineprefix"

@@ -671,7 +671,7 @@ HANDLE CreateThread(LPSECURITY_ATTRIBUTES, SIZE_T stackSize, LPTHREAD_START_ROUT
     run->start = start;
     run->parameter = parameter;
     run->resumed = (creationFlags & CREATE_SUSPENDED) == 0;
-    Register(run->context);  // so that PostThreadMessageW works before the thread first runs
+    Register(run->context);  // known by its identifier before the thread first runs
 
     pthread_attr_t attributes;
     ::pthread_attr_init(&attributes);

@@ -242,9 +242,14 @@ std::shared_ptr<MessageQueue> QueueOf(ThreadContext& thread) {
     return thread.queue;
 }
 
+// Another thread's queue, only when that thread has made one (by a message call or a
+// window of its own): posting to a thread that has none fails, as on Windows, so a
+// thread that takes messages must make its queue before it says it is ready.
 std::shared_ptr<MessageQueue> QueueOfThread(DWORD id) {
     auto thread = kiv_win32::detail::FindThread(id);
-    return thread ? QueueOf(*thread) : nullptr;
+    if (!thread) return nullptr;
+    std::lock_guard g(thread->lock);
+    return thread->queue;
 }
 
 void Enqueue(MessageQueue& queue, const MSG& message) {
@@ -1057,7 +1062,9 @@ int kiv_win32::PostMessages(const MSG* messages, int count) {
 }
 
 BOOL PostThreadMessageW(DWORD threadId, UINT message, WPARAM wParam, LPARAM lParam) {
-    auto queue = QueueOfThread(threadId);
+    // The calling thread gets its queue from the call itself; another thread must have one.
+    auto queue = threadId == GetCurrentThreadId() ? QueueOf(kiv_win32::detail::CurrentThread())
+                                                  : QueueOfThread(threadId);
     if (!queue) {
         SetLastError(ERROR_INVALID_THREAD_ID);
         return FALSE;

@@ -17,6 +17,9 @@ constexpr int kExitBadInput = 2;
 // the subcommand performs when chosen; the action's result is the exit status.
 using CommandSetup = std::function<void(CLI::App& app, std::function<int()>& run)>;
 
+// Commands are made, and listed, by `order`. Each command has an order of its own: the
+// registrations of equal orders run in the order the linker placed their files, which
+// differs between builds.
 struct Registration {
     Registration(int order, CommandSetup setup);
 };

@@ -45,7 +45,7 @@ int RunCrc16(const Crc16Options& opts) {
     return kivutil::kExitOk;
 }
 
-kivutil::Registration reg(40, [](CLI::App& app, std::function<int()>& run) {
+kivutil::Registration reg(42, [](CLI::App& app, std::function<int()>& run) {
     auto opts = std::make_shared<Crc16Options>();
     auto* sub = app.add_subcommand("crc16", "CRC-16 (polynomial 1021, MSB first) of a file or of stdin, in hex");
     sub->add_option("file", opts->input, "file to check, or - for standard input")->capture_default_str();

@@ -80,6 +80,10 @@ int main(int argc, char** argv) {
 #endif
     CLI::App app{"kivutil: convert and parse survey values, inspect settings, history and vector files"};
     app.require_subcommand(1);
+    // Options are spelled "-x" and "--name" on every host: a word that begins with '/' is
+    // a host path, never an option, so a command reads the same everywhere. Set before
+    // the commands are made, which take it from here.
+    app.allow_windows_style_options(false);
     std::function<int()> run;
     auto setups = kivutil::Setups();
     std::stable_sort(setups.begin(), setups.end(), [](auto& a, auto& b) { return a.first < b.first; });

@@ -22,15 +22,26 @@ CKivMessageThread::~CKivMessageThread() {
 bool CKivMessageThread::Start() {
     std::lock_guard g(lock_);
     if (state_ != eIdle) return false;
+    // A thread takes posted messages only once it has a queue, so Start returns when the
+    // thread has made its own and a Post straight after it cannot be refused.
+    HANDLE queueMade = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    if (!queueMade) return false;
+    queueMade_ = queueMade;
     // Created suspended so that the identifier is known before the thread can end.
     DWORD id = 0;
     HANDLE thread = CreateThread(nullptr, 0, ThreadMain, this, CREATE_SUSPENDED, &id);
-    if (!thread) return false;
-    thread_ = thread;
-    threadId_ = id;
-    state_ = eRunning;
-    ResumeThread(thread);
-    return true;
+    if (thread) {
+        thread_ = thread;
+        threadId_ = id;
+        state_ = eRunning;
+        ResumeThread(thread);
+        // The thread sets the event before anything else it does, and Loop takes no lock
+        // before it, so waiting here under the lock cannot stall it.
+        WaitForSingleObject(queueMade, INFINITE);
+    }
+    queueMade_ = nullptr;
+    CloseHandle(queueMade);
+    return thread != nullptr;
 }
 
 bool CKivMessageThread::Post(std::function<void()> work) {
@@ -101,8 +112,10 @@ void CKivMessageThread::RunOrDiscard(LPARAM message) {
 }
 
 void CKivMessageThread::Loop() {
-    OnStart();
     MSG message;
+    PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE);  // makes this thread's queue
+    SetEvent(queueMade_);
+    OnStart();
     // 0 is WM_QUIT: the stop's own, or a window's PostQuitMessage, which comes once
     // the queue is empty. -1 cannot happen without a window filter.
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {

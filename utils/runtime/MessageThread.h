@@ -71,5 +71,6 @@ private:
     EState state_ = eIdle;
     EStopMode stopMode_ = eRunQueued;
     HANDLE thread_ = nullptr;
+    HANDLE queueMade_ = nullptr;  // set by the thread once it can take messages; Start waits for it
     DWORD threadId_ = 0;
 };

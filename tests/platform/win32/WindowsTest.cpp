@@ -7,6 +7,7 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -313,6 +314,49 @@ TEST_F(Windows, ThreadMessagesQuitAndFiltersFollowTheQueueRules) {
     if (!kiv_test::UnderWine()) {
         EXPECT_EQ(GetLastError(), ERROR_INVALID_THREAD_ID);
     }
+}
+
+namespace {
+// Makes its queue only when told to, then returns the first message it takes.
+struct LateQueue {
+    HANDLE go;
+    HANDLE ready;
+    UINT taken = 0;
+};
+DWORD WINAPI MakeQueueWhenTold(LPVOID parameter) {
+    auto* q = static_cast<LateQueue*>(parameter);
+    if (WaitForSingleObject(q->go, 10000) != WAIT_OBJECT_0) return 1;
+    MSG m;
+    PeekMessageW(&m, nullptr, 0, 0, PM_NOREMOVE);
+    SetEvent(q->ready);
+    if (GetMessageW(&m, nullptr, 0, 0) > 0) q->taken = m.message;
+    return 0;
+}
+}  // namespace
+
+TEST_F(Windows, ThreadMessagesNeedTheReceiversQueueButTheSendersOwnIsMadeByThePost) {
+    LateQueue late{CreateEventW(nullptr, TRUE, FALSE, nullptr), CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+    DWORD id = 0;
+    HANDLE thread = CreateThread(nullptr, 0, MakeQueueWhenTold, &late, 0, &id);
+    ASSERT_NE(thread, nullptr);
+    SetLastError(0);
+    EXPECT_FALSE(PostThreadMessageW(id, WM_USER, 0, 0)) << "a thread that has made no queue takes nothing";
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_THREAD_ID);
+    SetEvent(late.go);
+    ASSERT_EQ(WaitForSingleObject(late.ready, 10000), WAIT_OBJECT_0);
+    EXPECT_TRUE(PostThreadMessageW(id, WM_APP, 0, 0));
+    ASSERT_EQ(WaitForSingleObject(thread, 10000), WAIT_OBJECT_0);
+    EXPECT_EQ(late.taken, static_cast<UINT>(WM_APP));
+    for (HANDLE h : {thread, late.go, late.ready}) CloseHandle(h);
+
+    // A thread posting to itself needs no message call before.
+    std::thread fresh([] {
+        EXPECT_TRUE(PostThreadMessageW(GetCurrentThreadId(), WM_USER, 7, 0));
+        MSG m;
+        EXPECT_TRUE(PeekMessageW(&m, nullptr, 0, 0, PM_REMOVE));
+        EXPECT_EQ(m.wParam, 7u);
+    });
+    fresh.join();
 }
 
 TEST_F(Windows, BroadcastReachesEveryTopLevelWindowAndNoChild) {

@@ -107,13 +107,33 @@ inline ToolRun Kivutil(const std::string& args) {
                                         &startup, &process);
     CloseHandle(writeEnd);
     if (started) {
-        char buffer[256];
-        DWORD got = 0;
-        while (ReadFile(readEnd, buffer, sizeof buffer, &got, nullptr) && got > 0) run.out.append(buffer, got);
-        WaitForSingleObject(process.hProcess, INFINITE);
+        // The output ends when kivutil does, not when the pipe reports its end: a process
+        // that kivutil's first window starts (the session's desktop) may inherit the
+        // write end and hold it open long after. A run that does not end is cut off.
+        const auto readWaiting = [&] {
+            char buffer[256];
+            DWORD waiting = 0, got = 0;
+            while (PeekNamedPipe(readEnd, nullptr, 0, nullptr, &waiting, nullptr) && waiting > 0 &&
+                   ReadFile(readEnd, buffer, waiting < sizeof buffer ? waiting : sizeof buffer, &got, nullptr) && got > 0)
+                run.out.append(buffer, got);
+        };
+        constexpr DWORD kStepMs = 10, kLimitMs = 120000;
+        DWORD waited = 0;
+        bool ended = false;
+        while (!ended && waited < kLimitMs) {
+            readWaiting();
+            ended = WaitForSingleObject(process.hProcess, kStepMs) == WAIT_OBJECT_0;
+            waited += kStepMs;
+        }
+        readWaiting();
         DWORD code = 0;
-        GetExitCodeProcess(process.hProcess, &code);
-        run.status = static_cast<int>(code);
+        if (ended) {
+            GetExitCodeProcess(process.hProcess, &code);
+            run.status = static_cast<int>(code);
+        } else {
+            TerminateProcess(process.hProcess, 1);
+            run.out += "<kivutil did not end>\n";
+        }
         CloseHandle(process.hThread);
         CloseHandle(process.hProcess);
     }

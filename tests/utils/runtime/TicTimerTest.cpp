@@ -23,7 +23,15 @@ protected:
         window = NewWindow();
         ASSERT_NE(window, nullptr);
     }
-    void TearDown() override { DestroyTicTimerThread(); }
+    // A desktop keeps a test's windows and the messages queued for them after the test;
+    // the next test must not read this one's ticks.
+    void TearDown() override {
+        DestroyTicTimerThread();
+        DestroyWindow(window);
+        MSG msg;
+        while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE)) {
+        }
+    }
 
     static HWND NewWindow() { return kiv_test::MakePlainWindow(10, 10); }
 
