@@ -4,8 +4,10 @@
 #include "platform/win32/Controls.h"
 
 #include <algorithm>
+#include <cwctype>
 #include <limits>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/win32/GdiBlit.h"
@@ -37,9 +39,15 @@ struct ControlState {
     // list box and combo box
     std::vector<std::wstring> items;
     int current = -1;
-    // combo box: its open drop-down list and the row highlighted there
+    // combo box: its drop-down list, kept for the box's life; whether it is open, its first
+    // shown row, the selection it opened with, whether the stylus is down in it, and the
+    // height the box was made with, the list's room included
     HWND dropList = nullptr;
-    int hot = -1;
+    bool dropped = false;
+    int top = 0;
+    int openedWith = -1;
+    bool pressing = false;
+    int droppedHeight = 0;
 };
 
 ControlState* StateOf(HWND w) { return reinterpret_cast<ControlState*>(GetWindowLongPtrW(w, GWLP_USERDATA)); }
@@ -199,16 +207,23 @@ void PaintButton(HWND w, HDC dc, const RECT& r, ControlState& s) {
 // The first row shown in a list of `rows` visible rows, so that the selected row is in view.
 int FirstRow(int selected, int rows) { return selected >= rows ? selected - rows + 1 : 0; }
 
+// Which rows a list shows: the first, how many, how tall each is, and the margin inside
+// its frame.
+struct RowLayout {
+    int first;
+    int rows;
+    int height;
+    int inset;
+};
+
 // The rows of a list box or of a combo box's drop-down list, `selected` highlighted.
-void PaintRows(HDC dc, const RECT& r, const std::vector<std::wstring>& items, int selected, COLORREF frame,
-               int frameWidth) {
+void PaintRows(HDC dc, const RECT& r, const std::vector<std::wstring>& items, int selected, RowLayout layout,
+               COLORREF frame, int frameWidth) {
     Fill(dc, r, GetSysColor(COLOR_WINDOW));
     Frame(dc, r, frame, frameWidth);
-    const int h = LineHeight(dc) + 2;
-    const int rows = std::max(1, (r.bottom - r.top - 4) / h);
-    const int first = FirstRow(selected, rows);
-    for (int i = first; i < static_cast<int>(items.size()) && i - first < rows; ++i) {
-        RECT row{r.left + 2, r.top + 2 + (i - first) * h, r.right - 2, r.top + 2 + (i - first + 1) * h};
+    const int first = layout.first, h = layout.height, in = layout.inset;
+    for (int i = first; i < static_cast<int>(items.size()) && i - first < layout.rows; ++i) {
+        RECT row{r.left + in, r.top + in + (i - first) * h, r.right - in, r.top + in + (i - first + 1) * h};
         const bool isSelected = i == selected;
         if (isSelected) Fill(dc, row, GetSysColor(COLOR_HIGHLIGHT));
         SetTextColor(dc, GetSysColor(isSelected ? COLOR_HIGHLIGHTTEXT : COLOR_WINDOWTEXT));
@@ -218,8 +233,10 @@ void PaintRows(HDC dc, const RECT& r, const std::vector<std::wstring>& items, in
 }
 
 void PaintList(HWND w, HDC dc, const RECT& r, ControlState& s) {
-    PaintRows(dc, r, s.items, s.current, GetSysColor(Focused(w) ? COLOR_HIGHLIGHT : COLOR_BTNSHADOW),
-              Focused(w) ? 2 : 1);
+    const int h = LineHeight(dc) + 2;
+    const int rows = std::max(1, static_cast<int>(r.bottom - r.top - 4) / h);
+    PaintRows(dc, r, s.items, s.current, RowLayout{FirstRow(s.current, rows), rows, h, 2},
+              GetSysColor(Focused(w) ? COLOR_HIGHLIGHT : COLOR_BTNSHADOW), Focused(w) ? 2 : 1);
 }
 
 void PaintCombo(HWND w, HDC dc, const RECT& r, ControlState& s) {
@@ -437,14 +454,17 @@ bool Select(HWND w, ControlState& s, int index, bool notify) {
     return true;
 }
 
-int RowHeight(HWND w, const ControlState& s) {
+// The height of a line of the control's font.
+int FontHeight(HWND w, const ControlState& s) {
     HDC dc = GetDC(w);
     HGDIOBJ old = SelectObject(dc, s.font ? s.font : kiv_win32::DefaultControlFont());
-    const int h = LineHeight(dc) + 2;
+    const int h = LineHeight(dc);
     SelectObject(dc, old);
     ReleaseDC(w, dc);
     return h;
 }
+
+int RowHeight(HWND w, const ControlState& s) { return FontHeight(w, s) + 2; }
 
 // The item under a tap at lParam in `window`, which shows the rows of `s` with `selected`
 // in view; -1 past the rows.
@@ -458,62 +478,203 @@ int RowAt(HWND window, const ControlState& s, int selected, LPARAM lParam) {
     return row < static_cast<int>(s.items.size()) ? row : -1;
 }
 
-// ---- the combo box's drop-down list ----------------------------------------------------------
-// The list is a pop-up window owned by its combo box, under the box and as wide. The combo
-// box keeps the focus while the list is open, so the dialog's keys reach it: the arrows
-// move the highlight in the list, Enter (or a tap on a row) takes the highlighted item,
-// Escape (or the focus going elsewhere) closes the list and leaves the selection as it
-// was. The owner hears CBN_DROPDOWN when the list opens, then, when an item is taken,
-// CBN_SELCHANGE if it differs from the current one and CBN_SELENDOK, or CBN_SELENDCANCEL,
-// and last CBN_CLOSEUP.
+// ---- the combo box -------------------------------------------------------------------------
+// A drop list as the system keeps it. The box is as tall as its selection field, whatever
+// height it was made with: that height is the box and its open list together. The list is a
+// window of the desktop made with the box, hidden while closed and destroyed with the box;
+// the box keeps the focus while it is open.
+//
+// Every step of the keys changes the selection at once. In the open list the owner hears
+// CBN_SELCHANGE; on a closed box CBN_SELENDOK and then CBN_SELCHANGE. Both are told even
+// where the step goes nowhere, at either end of the list: the system's list does so and
+// owners count on hearing every key. Enter, a tap on the box or lifting the stylus from a
+// row takes the selection (CBN_SELENDOK); Escape, F4, Alt+arrow, a touch outside the list
+// or the focus leaving close it as cancelled (CBN_SELENDCANCEL), which keeps the
+// selection the keys reached. CBN_CLOSEUP follows either when the list was open.
 
-constexpr int kDropRows = 8;
 constexpr wchar_t kDropListClass[] = L"ComboLBox";
+constexpr int kNoStep = -2;
 
 HWND ComboOf(HWND list) { return reinterpret_cast<HWND>(GetWindowLongPtrW(list, GWLP_USERDATA)); }
+
+int ItemHeight(HWND w, const ControlState& s) { return FontHeight(w, s); }
+int FieldHeight(HWND w, const ControlState& s) { return ItemHeight(w, s) + 4; }
+int BoxHeight(HWND w, const ControlState& s) { return FieldHeight(w, s) + 4; }
+
+// The rows the open list shows: as many whole rows as the room under the box holds (its
+// frame takes a pixel at either edge), no more than there are items.
+int DropRows(HWND w, const ControlState& s) {
+    const int room = (s.droppedHeight - BoxHeight(w, s) - 2) / ItemHeight(w, s);
+    return std::clamp(room, 0, static_cast<int>(s.items.size()));
+}
+
+// The box takes its field's height, keeping its place and width.
+void FitBox(HWND w, const ControlState& s) {
+    RECT r{};
+    GetWindowRect(w, &r);
+    POINT at{r.left, r.top};
+    if (HWND parent = GetParent(w)) ScreenToClient(parent, &at);
+    MoveWindow(w, at.x, at.y, r.right - r.left, BoxHeight(w, s), TRUE);
+}
 
 void PaintDropList(HWND list) {
     HWND combo = ComboOf(list);
     ControlState* s = combo ? StateOf(combo) : nullptr;
-    if (!s) return;
+    if (!s || !s->dropped) return;
     HDC dc = GetDC(list);
     RECT r{};
     GetClientRect(list, &r);
     HGDIOBJ oldFont = SelectObject(dc, s->font ? s->font : kiv_win32::DefaultControlFont());
     SetBkMode(dc, TRANSPARENT);
-    PaintRows(dc, r, s->items, s->hot, GetSysColor(COLOR_WINDOWFRAME), 1);
+    const int h = ItemHeight(combo, *s);
+    PaintRows(dc, r, s->items, s->current, RowLayout{s->top, (r.bottom - 2) / h, h, 1},
+              GetSysColor(COLOR_WINDOWFRAME), 1);
     SelectObject(dc, oldFont);
     ReleaseDC(list, dc);
 }
 
+// Moves the selection as a step of the keys or the stylus, scrolling the list to keep it
+// in view; the caller tells the owner.
+void MoveSelection(HWND w, ControlState& s, int index) {
+    Select(w, s, index, false);
+    const int rows = DropRows(w, s);
+    if (index >= 0 && index < s.top) s.top = index;
+    else if (rows > 0 && index >= s.top + rows) s.top = index - rows + 1;
+    if (s.dropped) PaintDropList(s.dropList);
+}
+
 void OpenDropDown(HWND w, ControlState& s) {
-    if (s.dropList) return;
+    if (s.dropped || !s.dropList) return;
     // The owner may fill the list only now, as it is about to be seen.
     Notify(w, CBN_DROPDOWN);
     RECT r{};
     GetWindowRect(w, &r);
-    const int rows = std::clamp(static_cast<int>(s.items.size()), 1, kDropRows);
-    s.hot = s.current;
-    s.dropList = CreateWindowExW(0, kDropListClass, L"", WS_POPUP | WS_VISIBLE, r.left, r.bottom, r.right - r.left,
-                                 rows * RowHeight(w, s) + 4, w, nullptr, nullptr, w);
-    if (s.dropList) PaintDropList(s.dropList);
+    const int rows = DropRows(w, s);
+    const int count = static_cast<int>(s.items.size());
+    // The list opens with the selected item on its first row, as far as the items allow.
+    s.top = s.current < 0 ? 0 : std::clamp(s.current, 0, std::max(0, count - rows));
+    s.openedWith = s.current;
+    s.pressing = false;
+    s.dropped = true;
+    MoveWindow(s.dropList, r.left, r.bottom, r.right - r.left, rows * ItemHeight(w, s) + 2, FALSE);
+    ShowWindow(s.dropList, SW_SHOWNA);
+    PaintDropList(s.dropList);
 }
 
+// Closes the open list, taking the selection reached (CBN_SELENDOK) or cancelling
+// (CBN_SELENDCANCEL); either way the selection stays where it is.
 void CloseDropDown(HWND w, ControlState& s, bool take) {
-    if (!s.dropList) return;
-    HWND list = s.dropList;
-    const int chosen = s.hot;
-    s.dropList = nullptr;
-    s.hot = -1;
-    DestroyWindow(list);
-    if (take) {
-        if (chosen >= 0) Select(w, s, chosen, true);
-        Notify(w, CBN_SELENDOK);
-    } else {
-        Notify(w, CBN_SELENDCANCEL);
-    }
+    if (!s.dropped) return;
+    s.dropped = false;
+    s.pressing = false;
+    ShowWindow(s.dropList, SW_HIDE);
+    Notify(w, take ? CBN_SELENDOK : CBN_SELENDCANCEL);
     Notify(w, CBN_CLOSEUP);
     Paint(w);
+}
+
+// The item a key steps to from `current`, or kNoStep for a key that does not step. A page
+// is the open list's rows less one, the row kept in view.
+int StepTarget(WPARAM key, int current, int count, int rows) {
+    const int page = std::max(rows - 1, 0);
+    int to = current;
+    switch (key) {
+        case VK_UP:
+        case VK_LEFT: to = current - 1; break;
+        case VK_DOWN:
+        case VK_RIGHT: to = current + 1; break;
+        case VK_PRIOR: to = current - page; break;
+        case VK_NEXT: to = current + page; break;
+        case VK_HOME: to = 0; break;
+        case VK_END: to = count - 1; break;
+        default: return kNoStep;
+    }
+    return std::clamp(to, 0, count - 1);
+}
+
+// The next item after `current`, round the end, whose first letter is `c` in either case.
+int NextStartingWith(const std::vector<std::wstring>& items, int current, wchar_t c) {
+    const int count = static_cast<int>(items.size());
+    const auto fold = [](wchar_t x) { return std::towlower(static_cast<wint_t>(x)); };
+    for (int i = 1; i <= count; ++i) {
+        const int j = ((current < 0 ? -1 : current) + i) % count;
+        const std::wstring& item = items[static_cast<size_t>(j)];
+        if (!item.empty() && fold(item[0]) == fold(c)) return j;
+    }
+    return -1;
+}
+
+LRESULT ComboKey(HWND w, ControlState& s, UINT message, WPARAM key) {
+    const bool alt = message == WM_SYSKEYDOWN || GetKeyState(VK_MENU) < 0;
+    if (key == VK_F4 || (alt && (key == VK_DOWN || key == VK_UP))) {
+        if (s.dropped) CloseDropDown(w, s, false);
+        else OpenDropDown(w, s);
+        return 0;
+    }
+    if (message == WM_SYSKEYDOWN) return kUnhandled;
+    if (s.dropped && (key == VK_RETURN || key == VK_ESCAPE)) {
+        CloseDropDown(w, s, key == VK_RETURN);
+        return 0;
+    }
+    const int count = static_cast<int>(s.items.size());
+    const int to = count ? StepTarget(key, s.current, count, DropRows(w, s)) : kNoStep;
+    if (to == kNoStep) return 0;
+    MoveSelection(w, s, to);
+    if (!s.dropped) Notify(w, CBN_SELENDOK);
+    Notify(w, CBN_SELCHANGE);
+    return 0;
+}
+
+// A typed letter selects the next item starting with it and takes it at once, closing an
+// open list; the change is told last.
+LRESULT ComboChar(HWND w, ControlState& s, WPARAM c) {
+    if (c < 0x20 || s.items.empty()) return 0;
+    const int found = NextStartingWith(s.items, s.current, static_cast<wchar_t>(c));
+    if (found < 0) return 0;
+    MoveSelection(w, s, found);
+    if (s.dropped) CloseDropDown(w, s, true);
+    else Notify(w, CBN_SELENDOK);
+    Notify(w, CBN_SELCHANGE);
+    return 0;
+}
+
+// The stylus in the open list: touching a row selects it at once, dragging follows it, and
+// lifting takes it (CBN_SELENDOK, CBN_CLOSEUP, then CBN_SELCHANGE). A touch outside the
+// list closes it as cancelled; lifting outside after touching a row also puts the
+// selection back where it was when the list opened.
+LRESULT ListTap(HWND combo, ControlState& s, HWND list, UINT message, LPARAM lParam) {
+    if (!s.dropped) return 0;
+    RECT r{};
+    GetClientRect(list, &r);
+    const POINT at{static_cast<short>(LOWORD(static_cast<DWORD_PTR>(lParam))),
+                   static_cast<short>(HIWORD(static_cast<DWORD_PTR>(lParam)))};
+    const bool inside = PtInRect(&r, at);
+    const int row = at.y >= 1 ? s.top + (at.y - 1) / ItemHeight(combo, s) : -1;
+    const bool onItem = inside && row >= 0 && row < static_cast<int>(s.items.size());
+    switch (message) {
+        case WM_LBUTTONDOWN:
+            if (!inside) {
+                CloseDropDown(combo, s, false);
+                return 0;
+            }
+            s.pressing = true;
+            if (onItem) MoveSelection(combo, s, row);
+            return 0;
+        case WM_MOUSEMOVE:
+            if (s.pressing && onItem) MoveSelection(combo, s, row);
+            return 0;
+        default:  // WM_LBUTTONUP
+            if (!s.pressing) return 0;
+            if (!inside) {
+                MoveSelection(combo, s, s.openedWith);
+                CloseDropDown(combo, s, false);
+                return 0;
+            }
+            CloseDropDown(combo, s, true);
+            // Deliberately told after the list has closed, as the system's list tells it.
+            Notify(combo, CBN_SELCHANGE);
+            return 0;
+    }
 }
 
 LRESULT CALLBACK DropListProc(HWND list, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -528,56 +689,67 @@ LRESULT CALLBACK DropListProc(HWND list, UINT message, WPARAM wParam, LPARAM lPa
     switch (message) {
         case WM_PAINT: PaintDropList(list); return 0;
         case WM_LBUTTONDOWN:
-        case WM_LBUTTONUP: {
-            const int row = RowAt(list, *s, s->hot, lParam);
-            if (row < 0) return 0;
-            // The stylus picks the row it touches and takes it when lifted.
-            s->hot = row;
-            if (message == WM_LBUTTONDOWN) PaintDropList(list);
-            else CloseDropDown(combo, *s, true);
-            return 0;
-        }
+        case WM_MOUSEMOVE:
+        case WM_LBUTTONUP: return ListTap(combo, *s, list, message, lParam);
+        case WM_NCDESTROY:
+            // Gone before its box: the box carries on without a list.
+            s->dropList = nullptr;
+            s->dropped = false;
+            return DefWindowProcW(list, message, wParam, lParam);
         default: return DefWindowProcW(list, message, wParam, lParam);
     }
 }
 
 // What only a combo box does; kUnhandled for what it shares with the list box.
-LRESULT ComboMessage(HWND w, ControlState& s, UINT message, WPARAM wParam, LPARAM) {
-    const int count = static_cast<int>(s.items.size());
+LRESULT ComboMessage(HWND w, ControlState& s, UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
-        case WM_GETDLGCODE: return s.dropList ? DLGC_WANTARROWS | DLGC_WANTALLKEYS : DLGC_WANTARROWS;
+        case WM_CREATE: {
+            const auto* create = reinterpret_cast<const CREATESTRUCTW*>(lParam);
+            s.droppedHeight = create ? create->cy : 0;
+            FitBox(w, s);
+            s.dropList = CreateWindowExW(0, kDropListClass, L"", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr, nullptr, w);
+            return s.dropList ? 0 : -1;
+        }
+        case WM_DESTROY:
+            s.dropped = false;
+            if (HWND list = std::exchange(s.dropList, nullptr)) DestroyWindow(list);
+            return kUnhandled;
+        case WM_GETDLGCODE: {
+            LRESULT code = DLGC_WANTARROWS | DLGC_WANTCHARS;
+            // Enter and Escape belong to an open list, not to the dialog.
+            const auto* m = reinterpret_cast<const MSG*>(lParam);
+            if (s.dropped && m && m->message == WM_KEYDOWN && (m->wParam == VK_RETURN || m->wParam == VK_ESCAPE))
+                code |= DLGC_WANTMESSAGE;
+            return code;
+        }
         case CB_SHOWDROPDOWN:
             if (wParam) OpenDropDown(w, s);
             else CloseDropDown(w, s, false);
             return TRUE;
-        case CB_GETDROPPEDSTATE: return s.dropList ? TRUE : FALSE;
+        case CB_GETDROPPEDSTATE: return s.dropped ? TRUE : FALSE;
+        case CB_GETITEMHEIGHT:
+            return static_cast<INT_PTR>(wParam) == -1 ? FieldHeight(w, s) : ItemHeight(w, s);
+        case CB_GETTOPINDEX: return s.top;
         case WM_LBUTTONDOWN:
             SetFocus(w);
-            if (s.dropList) CloseDropDown(w, s, false);
+            // A tap on the box with its list open takes what the list shows.
+            if (s.dropped) CloseDropDown(w, s, true);
             else OpenDropDown(w, s);
             return 0;
-        case WM_KILLFOCUS: CloseDropDown(w, s, false); Paint(w); return 0;
-        case WM_KEYDOWN: {
-            const bool alt = GetKeyState(VK_MENU) < 0;
-            const bool toggle = wParam == VK_F4 || (alt && (wParam == VK_DOWN || wParam == VK_UP));
-            if (!s.dropList) {
-                if (!toggle) return kUnhandled;
-                OpenDropDown(w, s);
-                return 0;
-            }
-            int hot = s.hot;
-            if (toggle || wParam == VK_RETURN) CloseDropDown(w, s, true);
-            else if (wParam == VK_ESCAPE) CloseDropDown(w, s, false);
-            else if (wParam == VK_UP) hot = std::max(0, hot - 1);
-            else if (wParam == VK_DOWN) hot = std::min(count - 1, hot + 1);
-            else if (wParam == VK_HOME) hot = count ? 0 : -1;
-            else if (wParam == VK_END) hot = count - 1;
-            if (s.dropList && hot != s.hot) {
-                s.hot = hot;
-                PaintDropList(s.dropList);
-            }
+        case WM_SETFOCUS:
+            Paint(w);
+            Notify(w, CBN_SETFOCUS);
             return 0;
-        }
+        case WM_KILLFOCUS:
+            // Deliberately cancelled even with the list closed, as the system's box tells it.
+            if (s.dropped) CloseDropDown(w, s, false);
+            else Notify(w, CBN_SELENDCANCEL);
+            Notify(w, CBN_KILLFOCUS);
+            Paint(w);
+            return 0;
+        case WM_KEYDOWN:
+        case WM_SYSKEYDOWN: return ComboKey(w, s, message, wParam);
+        case WM_CHAR: return ComboChar(w, s, wParam);
         default: return kUnhandled;
     }
 }
@@ -598,25 +770,32 @@ LRESULT ListMessage(HWND w, ControlState& s, UINT message, WPARAM wParam, LPARAM
             if (message != (combo ? CB_ADDSTRING : LB_ADDSTRING)) return kUnhandled;
             s.items.emplace_back(lParam ? reinterpret_cast<LPCWSTR>(lParam) : L"");
             Paint(w);
+            if (s.dropped) PaintDropList(s.dropList);
             return count;
         case LB_DELETESTRING:
         case CB_DELETESTRING:
             if (wParam >= static_cast<WPARAM>(count)) return err;
             s.items.erase(s.items.begin() + static_cast<std::ptrdiff_t>(wParam));
             if (s.current >= static_cast<int>(s.items.size())) s.current = -1;
-            s.hot = std::min(s.hot, static_cast<int>(s.items.size()) - 1);
+            s.top = std::max(0, std::min(s.top, static_cast<int>(s.items.size()) - 1));
             Paint(w);
-            if (s.dropList) PaintDropList(s.dropList);
+            if (s.dropped) PaintDropList(s.dropList);
             return static_cast<LRESULT>(s.items.size());
         case LB_RESETCONTENT:
         case CB_RESETCONTENT:
             s.items.clear();
-            s.current = s.hot = -1;
+            s.current = -1;
+            s.top = 0;
             Paint(w);
-            if (s.dropList) PaintDropList(s.dropList);
+            if (s.dropped) PaintDropList(s.dropList);
             return 0;
         case LB_SETCURSEL:
-        case CB_SETCURSEL: return select(static_cast<int>(static_cast<INT_PTR>(wParam)), false) ? s.current : err;
+        case CB_SETCURSEL: {
+            const int index = static_cast<int>(static_cast<INT_PTR>(wParam));
+            if (!select(index, false)) return err;
+            if (combo) MoveSelection(w, s, index);  // an open list scrolls to it
+            return s.current;
+        }
         case LB_GETCURSEL:
         case CB_GETCURSEL: return s.current;
         case LB_GETCOUNT:
@@ -671,6 +850,7 @@ LRESULT CALLBACK ControlProc(HWND w, UINT message, WPARAM wParam, LPARAM lParam,
         case WM_PAINT: Paint(w); return 0;
         case WM_SETFONT:
             s->font = reinterpret_cast<HFONT>(wParam);
+            if (kind == Kind::ComboBox) FitBox(w, *s);
             if (lParam) Paint(w);
             return 0;
         case WM_GETFONT: return reinterpret_cast<LRESULT>(s->font);

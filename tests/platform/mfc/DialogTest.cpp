@@ -5,11 +5,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
+
+using Codes = std::vector<WORD>;
 
 constexpr int kName = 10, kCode = 11, kCheck = 12, kRadioA = 13, kRadioB = 14, kList = 15, kCombo = 16;
 
@@ -25,7 +29,7 @@ void RegisterForm() {
         {L"BUTTON", L"A", kRadioA, WS_TABSTOP | BS_AUTORADIOBUTTON, RECT{8, 100, 100, 118}},
         {L"BUTTON", L"B", kRadioB, BS_AUTORADIOBUTTON, RECT{108, 100, 200, 118}},
         {L"LISTBOX", L"", kList, WS_TABSTOP, RECT{8, 120, 200, 200}},
-        {L"COMBOBOX", L"", kCombo, CBS_DROPDOWNLIST, RECT{8, 204, 200, 226}},
+        {L"COMBOBOX", L"", kCombo, CBS_DROPDOWNLIST, RECT{8, 204, 200, 330}},
         {L"BUTTON", L"OK", IDOK, WS_TABSTOP | BS_DEFPUSHBUTTON, RECT{8, 240, 100, 264}},
         {L"BUTTON", L"Cancel", IDCANCEL, WS_TABSTOP | BS_PUSHBUTTON, RECT{108, 240, 200, 264}},
     };
@@ -206,6 +210,8 @@ TEST_F(DialogTest, ButtonsListsAndCombosAnswerKeysAndNotify) {
     EXPECT_EQ(Text(combo), L"ft");
 }
 
+// The combo box as the system's drop list behaves: each test's box holds "m", "ft" and
+// "usft" with "m" selected, has the focus, and its owner's record of notifications is empty.
 class ComboTest : public DialogTest {
 protected:
     void SetUp() override {
@@ -220,133 +226,172 @@ protected:
     LRESULT Selected() { return SendMessageW(combo, CB_GETCURSEL, 0, 0); }
     bool Dropped() { return SendMessageW(combo, CB_GETDROPPEDSTATE, 0, 0) != 0; }
     static HWND DropList() { return FindWindowW(L"ComboLBox", nullptr); }
-    // Taps a row of the open drop-down list, as the stylus does: down, then up.
-    static void TapRow(int row) {
-        HWND list = DropList();
-        RECT r{};
-        GetClientRect(list, &r);
-        const int h = (r.bottom - 4) / 3;  // three items, each row the same height
-        const LPARAM at = MAKELPARAM(10, 2 + row * h + h / 2);
-        SendMessageW(list, WM_LBUTTONDOWN, 0, at);
-        SendMessageW(list, WM_LBUTTONUP, 0, at);
+    int ItemHeight() { return static_cast<int>(SendMessageW(combo, CB_GETITEMHEIGHT, 0, 0)); }
+    // The stylus on the box, down and up.
+    void TapBox() {
+        SendMessageW(combo, WM_LBUTTONDOWN, 0, MAKELPARAM(5, 5));
+        SendMessageW(combo, WM_LBUTTONUP, 0, MAKELPARAM(5, 5));
     }
+    // The stylus in the open list at the middle of shown row `row`: down, or up, or moved
+    // there while down.
+    void Touch(UINT message, int row) {
+        SendMessageW(DropList(), message, message == WM_MOUSEMOVE ? MK_LBUTTON : 0,
+                     MAKELPARAM(10, row * ItemHeight() + ItemHeight() / 2));
+    }
+    void Type(wchar_t c) { SendMessageW(combo, WM_CHAR, c, 0); }
+    Codes Take() { return std::exchange(form.comboCodes, {}); }
     HWND combo = nullptr;
-    using Codes = std::vector<WORD>;
 };
 
-TEST_F(ComboTest, TheListOpensUnderTheBoxAndClosesUnchangedWhenTheFocusLeavesOrTheDialogGoes) {
-    SendMessageW(combo, WM_LBUTTONDOWN, 0, MAKELPARAM(5, 5));
-    ASSERT_TRUE(Dropped());
+TEST_F(ComboTest, TheListIsAWindowKeptForTheBoxsLifeThatOpensUnderTheBox) {
     HWND list = DropList();
-    ASSERT_NE(list, nullptr);
-    RECT box{}, drop{};
+    ASSERT_NE(list, nullptr) << "made with the box";
+    EXPECT_FALSE(IsWindowVisible(list));
+    EXPECT_NE(GetParent(list), combo) << "a window of the desktop, not the box's child";
+    RECT box{};
     GetWindowRect(combo, &box);
+    EXPECT_EQ(box.bottom - box.top, SendMessageW(combo, CB_GETITEMHEIGHT, static_cast<WPARAM>(-1), 0) + 4)
+        << "the box is its selection field in a frame; the height it was made with holds the list too";
+
+    TapBox();
+    ASSERT_TRUE(Dropped());
+    EXPECT_EQ(DropList(), list);
+    EXPECT_TRUE(IsWindowVisible(list));
+    RECT drop{};
     GetWindowRect(list, &drop);
     EXPECT_EQ(drop.top, box.bottom);
     EXPECT_EQ(drop.left, box.left);
     EXPECT_EQ(drop.right, box.right);
+    EXPECT_GE(drop.bottom - drop.top, 3 * ItemHeight()) << "all three items show";
 
+    // The focus leaving closes the list unchanged; the box tells it lost the focus last,
+    // and that it has it again.
     SetFocus(item(kName));
     EXPECT_FALSE(Dropped());
     EXPECT_EQ(Selected(), 0);
-    ASSERT_GE(form.comboCodes.size(), 3u);
-    EXPECT_EQ(Codes(form.comboCodes.begin(), form.comboCodes.begin() + 3),
-              (Codes{CBN_DROPDOWN, CBN_SELENDCANCEL, CBN_CLOSEUP}));
-
+    EXPECT_TRUE(IsWindow(list));
+    EXPECT_FALSE(IsWindowVisible(list));
+    EXPECT_EQ(Take(), (Codes{CBN_DROPDOWN, CBN_SELENDCANCEL, CBN_CLOSEUP, CBN_KILLFOCUS}));
     SetFocus(combo);
-    Key(VK_F4);
-    EXPECT_TRUE(Dropped());
-    SendMessageW(combo, CB_SHOWDROPDOWN, FALSE, 0);
-    EXPECT_FALSE(Dropped());
+    EXPECT_EQ(Take(), Codes{CBN_SETFOCUS});
+    SetFocus(item(kName));
+    EXPECT_EQ(Take(), (Codes{CBN_SELENDCANCEL, CBN_KILLFOCUS})) << "cancelled even with the list closed";
 
     // The dialog may go while its list is open.
     SendMessageW(combo, CB_SHOWDROPDOWN, TRUE, 0);
-    list = DropList();
     form.DestroyWindow();
     EXPECT_FALSE(IsWindow(list));
 }
 
-// The next two drive the host's own list, which moves a highlight and chooses on Enter or
-// a tap, and is gone once closed. The system's list changes the selection at every step,
-// notifying each, takes taps through its mouse capture, and stays for the box's life.
-TEST_F(ComboTest, KeysOpenTheListMoveItsHighlightAndEnterTakesTheItem) {
-#ifdef _WIN32
-    GTEST_SKIP() << "the host's own drop-down list";
-#endif
+TEST_F(ComboTest, EveryKeyStepsTheSelectionAtOnceAndIsToldEvenAtTheEnds) {
+    Key(VK_DOWN);
+    EXPECT_EQ(Selected(), 1);
+    EXPECT_EQ(Take(), (Codes{CBN_SELENDOK, CBN_SELCHANGE})) << "a closed box takes each step";
+    Key(VK_DOWN);
+    Key(VK_DOWN);
+    EXPECT_EQ(Selected(), 2);
+    EXPECT_EQ(Take(), (Codes{CBN_SELENDOK, CBN_SELCHANGE, CBN_SELENDOK, CBN_SELCHANGE}));
+
     Key(VK_F4);
     ASSERT_TRUE(Dropped());
-    HWND list = DropList();
-    ASSERT_NE(list, nullptr);
-    EXPECT_EQ(GetParent(list), combo) << "the list is owned by its combo box";
-
-    Key(VK_DOWN);
-    Key(VK_DOWN);
-    Key(VK_DOWN);
-    EXPECT_EQ(Selected(), 0) << "moving the highlight does not choose yet";
-    EXPECT_EQ(form.comboCodes, Codes{CBN_DROPDOWN});
+    Key(VK_UP);
+    EXPECT_EQ(Selected(), 1) << "the open list changes the selection at once";
+    Key(VK_HOME);
+    Key(VK_UP);
+    EXPECT_EQ(Selected(), 0);
+    EXPECT_EQ(Take(), (Codes{CBN_DROPDOWN, CBN_SELCHANGE, CBN_SELCHANGE, CBN_SELCHANGE}));
     Key(VK_RETURN);
     EXPECT_FALSE(Dropped());
-    EXPECT_FALSE(IsWindow(list));
-    EXPECT_EQ(Selected(), 2) << "the highlight stops at the last item";
-    EXPECT_EQ(Text(combo), L"usft");
-    EXPECT_EQ(form.comboCodes, (Codes{CBN_DROPDOWN, CBN_SELCHANGE, CBN_SELENDOK, CBN_CLOSEUP}));
+    EXPECT_EQ(Take(), (Codes{CBN_SELENDOK, CBN_CLOSEUP}));
     EXPECT_TRUE(form.log.empty()) << "Enter went to the list, not to the default button";
     EXPECT_EQ(GetFocus(), combo);
 
-    // Escape closes without a change and without cancelling the dialog.
-    form.comboCodes.clear();
+    // Escape, F4 and Alt+arrow close the list as cancelled, keeping the step reached.
     keybd_event(VK_MENU, 0, 0, 0);
-    Key(VK_DOWN);  // Alt+Down opens too
+    Key(VK_DOWN);
     keybd_event(VK_MENU, 0, KEYEVENTF_KEYUP, 0);
+    AfxPumpPendingMessages();
     ASSERT_TRUE(Dropped());
-    Key(VK_UP);
+    Key(VK_END);
     Key(VK_ESCAPE);
     EXPECT_FALSE(Dropped());
     EXPECT_EQ(Selected(), 2);
-    EXPECT_EQ(form.comboCodes, (Codes{CBN_DROPDOWN, CBN_SELENDCANCEL, CBN_CLOSEUP}));
-    EXPECT_TRUE(form.log.empty());
-
-    // Taking the item already chosen reports no change; a closed box steps with the arrows.
-    form.comboCodes.clear();
+    EXPECT_EQ(Take(), (Codes{CBN_DROPDOWN, CBN_SELCHANGE, CBN_SELENDCANCEL, CBN_CLOSEUP}));
+    EXPECT_TRUE(form.log.empty()) << "Escape did not cancel the dialog";
     Key(VK_F4);
-    Key(VK_F4);
-    EXPECT_EQ(form.comboCodes, (Codes{CBN_DROPDOWN, CBN_SELENDOK, CBN_CLOSEUP}));
-    form.comboCodes.clear();
     Key(VK_UP);
+    Key(VK_F4);
     EXPECT_EQ(Selected(), 1);
-    EXPECT_EQ(form.comboCodes, Codes{CBN_SELCHANGE});
+    EXPECT_EQ(Take(), (Codes{CBN_DROPDOWN, CBN_SELCHANGE, CBN_SELENDCANCEL, CBN_CLOSEUP}));
+
+    // Tab leaves an open list for the next control.
+    Key(VK_F4);
+    Key(VK_TAB);
+    EXPECT_NE(GetFocus(), combo);
+    EXPECT_FALSE(Dropped());
+    EXPECT_EQ(Take(), (Codes{CBN_DROPDOWN, CBN_SELENDCANCEL, CBN_CLOSEUP, CBN_KILLFOCUS}));
 }
 
-TEST_F(ComboTest, TapsOpenTheListAndTakeTheTappedRowAndLeavingItCloses) {
-#ifdef _WIN32
-    GTEST_SKIP() << "the host's own drop-down list";
-#endif
-    SendMessageW(combo, WM_LBUTTONDOWN, 0, MAKELPARAM(5, 5));
-    ASSERT_TRUE(Dropped());
-    TapRow(1);
-    EXPECT_FALSE(Dropped());
-    EXPECT_EQ(Selected(), 1);
-    EXPECT_EQ(form.comboCodes, (Codes{CBN_DROPDOWN, CBN_SELCHANGE, CBN_SELENDOK, CBN_CLOSEUP}));
-
-    // A second tap on the box closes the list unchanged; so does the focus moving away.
-    form.comboCodes.clear();
-    SendMessageW(combo, WM_LBUTTONDOWN, 0, MAKELPARAM(5, 5));
-    SendMessageW(combo, WM_LBUTTONDOWN, 0, MAKELPARAM(5, 5));
-    EXPECT_FALSE(Dropped());
+TEST_F(ComboTest, ATypedLetterTakesTheNextItemStartingWithIt) {
+    Type(L'U');
+    EXPECT_EQ(Selected(), 2);
+    EXPECT_EQ(Take(), (Codes{CBN_SELENDOK, CBN_SELCHANGE}));
+    Type(L'z');
+    EXPECT_EQ(Selected(), 2);
+    EXPECT_TRUE(Take().empty());
+    Type(L'm');
+    EXPECT_EQ(Selected(), 0) << "the search goes round the end";
+    Take();
+    // In an open list the letter takes the item and closes the list; the change is told last.
     SendMessageW(combo, CB_SHOWDROPDOWN, TRUE, 0);
-    ASSERT_TRUE(Dropped());
-    SetFocus(item(kName));
-    EXPECT_FALSE(Dropped());
-    EXPECT_EQ(DropList(), nullptr);
+    Type(L'f');
     EXPECT_EQ(Selected(), 1);
-    EXPECT_EQ(form.comboCodes, (Codes{CBN_DROPDOWN, CBN_SELENDCANCEL, CBN_CLOSEUP, CBN_DROPDOWN, CBN_SELENDCANCEL,
-                                      CBN_CLOSEUP}));
+    EXPECT_FALSE(Dropped());
+    EXPECT_EQ(Take(), (Codes{CBN_DROPDOWN, CBN_SELENDOK, CBN_CLOSEUP, CBN_SELCHANGE}));
+}
 
-    // The dialog may go while its list is open.
-    SendMessageW(combo, CB_SHOWDROPDOWN, TRUE, 0);
-    HWND list = DropList();
-    form.DestroyWindow();
-    EXPECT_FALSE(IsWindow(list));
+TEST_F(ComboTest, TheStylusSelectsTheRowItTouchesAndTakesItWhenLifted) {
+    for (const wchar_t* s : {L"a", L"b", L"c", L"d", L"e", L"f", L"g", L"h", L"i"})
+        SendMessageW(combo, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(s));
+    SendMessageW(combo, CB_SETCURSEL, 1, 0);
+    TapBox();
+    ASSERT_TRUE(Dropped());
+    RECT drop{};
+    GetWindowRect(DropList(), &drop);
+    const int rows = (drop.bottom - drop.top - 2) / ItemHeight();
+    ASSERT_GE(rows, 3);
+    ASSERT_LT(rows, 12) << "the list scrolls";
+    EXPECT_EQ(SendMessageW(combo, CB_GETTOPINDEX, 0, 0), 1) << "the list opens with the selected item on top";
+
+    Touch(WM_LBUTTONDOWN, 2);
+    EXPECT_EQ(Selected(), 3) << "the touched row is selected at once";
+    Touch(WM_MOUSEMOVE, 3);
+    EXPECT_EQ(Selected(), 4);
+    EXPECT_EQ(Take(), Codes{CBN_DROPDOWN}) << "nothing is told until the stylus lifts";
+    Touch(WM_LBUTTONUP, 3);
+    EXPECT_FALSE(Dropped());
+    EXPECT_EQ(Selected(), 4);
+    EXPECT_EQ(Take(), (Codes{CBN_SELENDOK, CBN_CLOSEUP, CBN_SELCHANGE}));
+
+    // A touch outside the list cancels it; a tap on the box takes what the list shows.
+    TapBox();
+    EXPECT_EQ(SendMessageW(combo, CB_GETTOPINDEX, 0, 0), std::min(4, 12 - rows));
+    SendMessageW(DropList(), WM_LBUTTONDOWN, 0, MAKELPARAM(10, -20));
+    EXPECT_FALSE(Dropped());
+    EXPECT_EQ(Selected(), 4);
+    EXPECT_EQ(Take(), (Codes{CBN_DROPDOWN, CBN_SELENDCANCEL, CBN_CLOSEUP}));
+    TapBox();
+    Key(VK_END);
+    EXPECT_EQ(SendMessageW(combo, CB_GETTOPINDEX, 0, 0), 12 - rows) << "the last item is kept in view";
+    SendMessageW(combo, WM_LBUTTONDOWN, 0, MAKELPARAM(5, 5));
+    EXPECT_FALSE(Dropped());
+    EXPECT_EQ(Selected(), 11);
+    EXPECT_EQ(Take(), (Codes{CBN_DROPDOWN, CBN_SELCHANGE, CBN_SELENDOK, CBN_CLOSEUP}));
+
+    // A page is the shown rows less one.
+    Key(VK_HOME);
+    Key(VK_NEXT);
+    EXPECT_EQ(Selected(), rows - 1);
 }
 
 TEST(Dialog, AutomaticRadioButtonsClearOnlyTheirOwnGroup) {
