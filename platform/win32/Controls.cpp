@@ -4,11 +4,10 @@
 #include "platform/win32/Controls.h"
 
 #include <algorithm>
-#include <cwctype>
-#include <limits>
 #include <string>
-#include <utility>
 #include <vector>
+
+#include "platform/win32/ControlState.h"
 
 #include "platform/win32/GdiBlit.h"
 #include "platform/win32/GdiLines.h"
@@ -17,40 +16,9 @@
 #include "platform/win32/GdiText.h"
 #include "platform/win32/Keyboard.h"
 
+namespace kiv_win32::controls {
+
 namespace {
-
-enum class Kind { Static, Edit, Button, ListBox, ComboBox };
-
-// What a control's handler answers for a message it leaves to DefWindowProcW; no
-// message of the controls answers this value itself.
-constexpr LRESULT kUnhandled = std::numeric_limits<LRESULT>::min();
-
-struct ControlState {
-    Kind kind;
-    HFONT font = nullptr;
-    // edit: selection anchor and caret; the text itself is the window text
-    int anchor = 0;
-    int caret = 0;
-    int limit = 30000;
-    bool readOnly = false;
-    // button
-    int check = 0;
-    bool pushed = false;
-    // list box and combo box
-    std::vector<std::wstring> items;
-    int current = -1;
-    // combo box: its drop-down list, kept for the box's life; whether it is open, its first
-    // shown row, the selection it opened with, whether the stylus is down in it, and the
-    // height the box was made with, the list's room included
-    HWND dropList = nullptr;
-    bool dropped = false;
-    int top = 0;
-    int openedWith = -1;
-    bool pressing = false;
-    int droppedHeight = 0;
-};
-
-ControlState* StateOf(HWND w) { return reinterpret_cast<ControlState*>(GetWindowLongPtrW(w, GWLP_USERDATA)); }
 
 std::wstring TextOf(HWND w) {
     const int n = GetWindowTextLengthW(w);
@@ -58,34 +26,6 @@ std::wstring TextOf(HWND w) {
     GetWindowTextW(w, text.data(), n + 1);
     text.resize(static_cast<size_t>(n));
     return text;
-}
-
-void Notify(HWND w, WORD code) {
-    if (HWND parent = GetParent(w))
-        SendMessageW(parent, WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(w), code), reinterpret_cast<LPARAM>(w));
-}
-
-bool Focused(HWND w) { return GetFocus() == w; }
-
-void Fill(HDC dc, const RECT& r, COLORREF c) {
-    HBRUSH b = CreateSolidBrush(c);
-    FillRect(dc, &r, b);
-    DeleteObject(b);
-}
-
-void Frame(HDC dc, const RECT& r, COLORREF c, int width = 1) {
-    for (int i = 0; i < width; ++i) {
-        Fill(dc, RECT{r.left + i, r.top + i, r.right - i, r.top + i + 1}, c);
-        Fill(dc, RECT{r.left + i, r.bottom - i - 1, r.right - i, r.bottom - i}, c);
-        Fill(dc, RECT{r.left + i, r.top + i, r.left + i + 1, r.bottom - i}, c);
-        Fill(dc, RECT{r.right - i - 1, r.top + i, r.right - i, r.bottom - i}, c);
-    }
-}
-
-int LineHeight(HDC dc) {
-    TEXTMETRICW tm{};
-    GetTextMetricsW(dc, &tm);
-    return tm.tmHeight > 0 ? tm.tmHeight : 16;
 }
 
 int TextWidth(HDC dc, const std::wstring& text, size_t count) {
@@ -207,16 +147,52 @@ void PaintButton(HWND w, HDC dc, const RECT& r, ControlState& s) {
 // The first row shown in a list of `rows` visible rows, so that the selected row is in view.
 int FirstRow(int selected, int rows) { return selected >= rows ? selected - rows + 1 : 0; }
 
-// Which rows a list shows: the first, how many, how tall each is, and the margin inside
-// its frame.
-struct RowLayout {
-    int first;
-    int rows;
-    int height;
-    int inset;
-};
+void PaintList(HWND w, HDC dc, const RECT& r, ControlState& s) {
+    const int h = LineHeight(dc) + 2;
+    const int rows = std::max(1, static_cast<int>(r.bottom - r.top - 4) / h);
+    PaintRows(dc, r, s.items, s.current, RowLayout{FirstRow(s.current, rows), rows, h, 2},
+              GetSysColor(Focused(w) ? COLOR_HIGHLIGHT : COLOR_BTNSHADOW), Focused(w) ? 2 : 1);
+}
 
-// The rows of a list box or of a combo box's drop-down list, `selected` highlighted.
+}  // namespace
+
+// ---- what the controls share -----------------------------------------------------------------
+
+void Notify(HWND w, WORD code) {
+    if (HWND parent = GetParent(w))
+        SendMessageW(parent, WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(w), code), reinterpret_cast<LPARAM>(w));
+}
+
+void Fill(HDC dc, const RECT& r, COLORREF c) {
+    HBRUSH b = CreateSolidBrush(c);
+    FillRect(dc, &r, b);
+    DeleteObject(b);
+}
+
+void Frame(HDC dc, const RECT& r, COLORREF c, int width) {
+    for (int i = 0; i < width; ++i) {
+        Fill(dc, RECT{r.left + i, r.top + i, r.right - i, r.top + i + 1}, c);
+        Fill(dc, RECT{r.left + i, r.bottom - i - 1, r.right - i, r.bottom - i}, c);
+        Fill(dc, RECT{r.left + i, r.top + i, r.left + i + 1, r.bottom - i}, c);
+        Fill(dc, RECT{r.right - i - 1, r.top + i, r.right - i, r.bottom - i}, c);
+    }
+}
+
+int LineHeight(HDC dc) {
+    TEXTMETRICW tm{};
+    GetTextMetricsW(dc, &tm);
+    return tm.tmHeight > 0 ? tm.tmHeight : 16;
+}
+
+int FontHeight(HWND w, const ControlState& s) {
+    HDC dc = GetDC(w);
+    HGDIOBJ old = SelectObject(dc, s.font ? s.font : kiv_win32::DefaultControlFont());
+    const int h = LineHeight(dc);
+    SelectObject(dc, old);
+    ReleaseDC(w, dc);
+    return h;
+}
+
 void PaintRows(HDC dc, const RECT& r, const std::vector<std::wstring>& items, int selected, RowLayout layout,
                COLORREF frame, int frameWidth) {
     Fill(dc, r, GetSysColor(COLOR_WINDOW));
@@ -229,34 +205,6 @@ void PaintRows(HDC dc, const RECT& r, const std::vector<std::wstring>& items, in
         SetTextColor(dc, GetSysColor(isSelected ? COLOR_HIGHLIGHTTEXT : COLOR_WINDOWTEXT));
         RECT t{row.left + 3, row.top, row.right, row.bottom};
         DrawTextW(dc, items[static_cast<size_t>(i)].c_str(), -1, &t, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
-    }
-}
-
-void PaintList(HWND w, HDC dc, const RECT& r, ControlState& s) {
-    const int h = LineHeight(dc) + 2;
-    const int rows = std::max(1, static_cast<int>(r.bottom - r.top - 4) / h);
-    PaintRows(dc, r, s.items, s.current, RowLayout{FirstRow(s.current, rows), rows, h, 2},
-              GetSysColor(Focused(w) ? COLOR_HIGHLIGHT : COLOR_BTNSHADOW), Focused(w) ? 2 : 1);
-}
-
-void PaintCombo(HWND w, HDC dc, const RECT& r, ControlState& s) {
-    Fill(dc, r, GetSysColor(COLOR_WINDOW));
-    Frame(dc, r, Focused(w) ? GetSysColor(COLOR_HIGHLIGHT) : GetSysColor(COLOR_BTNSHADOW), Focused(w) ? 2 : 1);
-    const int arrow = r.bottom - r.top;
-    RECT box{r.right - arrow, r.top + 1, r.right - 1, r.bottom - 1};
-    Fill(dc, box, GetSysColor(COLOR_BTNFACE));
-    HBRUSH black = CreateSolidBrush(GetSysColor(COLOR_BTNTEXT));
-    HGDIOBJ old = SelectObject(dc, black), oldP = SelectObject(dc, GetStockObject(NULL_PEN));
-    const int cx = (box.left + box.right) / 2, cy = (box.top + box.bottom) / 2;
-    const POINT tri[3] = {{cx - 5, cy - 2}, {cx + 5, cy - 2}, {cx, cy + 4}};
-    Polygon(dc, tri, 3);
-    SelectObject(dc, old);
-    SelectObject(dc, oldP);
-    DeleteObject(black);
-    if (s.current >= 0 && s.current < static_cast<int>(s.items.size())) {
-        SetTextColor(dc, GetSysColor(COLOR_WINDOWTEXT));
-        RECT t{r.left + 4, r.top, box.left - 2, r.bottom};
-        DrawTextW(dc, s.items[static_cast<size_t>(s.current)].c_str(), -1, &t, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
     }
 }
 
@@ -279,6 +227,19 @@ void Paint(HWND w) {
     SelectObject(dc, oldFont);
     ReleaseDC(w, dc);
 }
+
+bool Select(HWND w, ControlState& s, int index, bool notify) {
+    const bool combo = s.kind == Kind::ComboBox;
+    if (index < -1 || index >= static_cast<int>(s.items.size())) return false;
+    const bool changed = index != s.current;
+    s.current = index;
+    if (combo) DefWindowProcW(w, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(index >= 0 ? s.items[static_cast<size_t>(index)].c_str() : L""));
+    Paint(w);
+    if (notify && changed) Notify(w, combo ? CBN_SELCHANGE : LBN_SELCHANGE);
+    return true;
+}
+
+namespace {
 
 // ---- edit ----------------------------------------------------------------------------------
 
@@ -443,27 +404,6 @@ LRESULT ButtonMessage(HWND w, ControlState& s, UINT message, WPARAM wParam, LPAR
 
 // ---- list box and combo box ------------------------------------------------------------------
 
-bool Select(HWND w, ControlState& s, int index, bool notify) {
-    const bool combo = s.kind == Kind::ComboBox;
-    if (index < -1 || index >= static_cast<int>(s.items.size())) return false;
-    const bool changed = index != s.current;
-    s.current = index;
-    if (combo) DefWindowProcW(w, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(index >= 0 ? s.items[static_cast<size_t>(index)].c_str() : L""));
-    Paint(w);
-    if (notify && changed) Notify(w, combo ? CBN_SELCHANGE : LBN_SELCHANGE);
-    return true;
-}
-
-// The height of a line of the control's font.
-int FontHeight(HWND w, const ControlState& s) {
-    HDC dc = GetDC(w);
-    HGDIOBJ old = SelectObject(dc, s.font ? s.font : kiv_win32::DefaultControlFont());
-    const int h = LineHeight(dc);
-    SelectObject(dc, old);
-    ReleaseDC(w, dc);
-    return h;
-}
-
 int RowHeight(HWND w, const ControlState& s) { return FontHeight(w, s) + 2; }
 
 // The item under a tap at lParam in `window`, which shows the rows of `s` with `selected`
@@ -476,282 +416,6 @@ int RowAt(HWND window, const ControlState& s, int selected, LPARAM lParam) {
     if (y < 0) return -1;
     const int row = FirstRow(selected, std::max(1, static_cast<int>(r.bottom - 4) / h)) + y / h;
     return row < static_cast<int>(s.items.size()) ? row : -1;
-}
-
-// ---- the combo box -------------------------------------------------------------------------
-// A drop list as the system keeps it. The box is as tall as its selection field, whatever
-// height it was made with: that height is the box and its open list together. The list is a
-// window of the desktop made with the box, hidden while closed and destroyed with the box;
-// the box keeps the focus while it is open.
-//
-// Every step of the keys changes the selection at once. In the open list the owner hears
-// CBN_SELCHANGE; on a closed box CBN_SELENDOK and then CBN_SELCHANGE. Both are told even
-// where the step goes nowhere, at either end of the list: the system's list does so and
-// owners count on hearing every key. Enter, a tap on the box or lifting the stylus from a
-// row takes the selection (CBN_SELENDOK); Escape, F4, Alt+arrow, a touch outside the list
-// or the focus leaving close it as cancelled (CBN_SELENDCANCEL), which keeps the
-// selection the keys reached. CBN_CLOSEUP follows either when the list was open.
-
-constexpr wchar_t kDropListClass[] = L"ComboLBox";
-constexpr int kNoStep = -2;
-
-HWND ComboOf(HWND list) { return reinterpret_cast<HWND>(GetWindowLongPtrW(list, GWLP_USERDATA)); }
-
-int ItemHeight(HWND w, const ControlState& s) { return FontHeight(w, s); }
-int FieldHeight(HWND w, const ControlState& s) { return ItemHeight(w, s) + 4; }
-int BoxHeight(HWND w, const ControlState& s) { return FieldHeight(w, s) + 4; }
-
-// The rows the open list shows: as many whole rows as the room under the box holds (its
-// frame takes a pixel at either edge), no more than there are items.
-int DropRows(HWND w, const ControlState& s) {
-    const int room = (s.droppedHeight - BoxHeight(w, s) - 2) / ItemHeight(w, s);
-    return std::clamp(room, 0, static_cast<int>(s.items.size()));
-}
-
-// The box takes its field's height, keeping its place and width.
-void FitBox(HWND w, const ControlState& s) {
-    RECT r{};
-    GetWindowRect(w, &r);
-    POINT at{r.left, r.top};
-    if (HWND parent = GetParent(w)) ScreenToClient(parent, &at);
-    MoveWindow(w, at.x, at.y, r.right - r.left, BoxHeight(w, s), TRUE);
-}
-
-void PaintDropList(HWND list) {
-    HWND combo = ComboOf(list);
-    ControlState* s = combo ? StateOf(combo) : nullptr;
-    if (!s || !s->dropped) return;
-    HDC dc = GetDC(list);
-    RECT r{};
-    GetClientRect(list, &r);
-    HGDIOBJ oldFont = SelectObject(dc, s->font ? s->font : kiv_win32::DefaultControlFont());
-    SetBkMode(dc, TRANSPARENT);
-    const int h = ItemHeight(combo, *s);
-    PaintRows(dc, r, s->items, s->current, RowLayout{s->top, (r.bottom - 2) / h, h, 1},
-              GetSysColor(COLOR_WINDOWFRAME), 1);
-    SelectObject(dc, oldFont);
-    ReleaseDC(list, dc);
-}
-
-// Moves the selection as a step of the keys or the stylus, scrolling the list to keep it
-// in view; the caller tells the owner.
-void MoveSelection(HWND w, ControlState& s, int index) {
-    Select(w, s, index, false);
-    const int rows = DropRows(w, s);
-    if (index >= 0 && index < s.top) s.top = index;
-    else if (rows > 0 && index >= s.top + rows) s.top = index - rows + 1;
-    if (s.dropped) PaintDropList(s.dropList);
-}
-
-void OpenDropDown(HWND w, ControlState& s) {
-    if (s.dropped || !s.dropList) return;
-    // The owner may fill the list only now, as it is about to be seen.
-    Notify(w, CBN_DROPDOWN);
-    RECT r{};
-    GetWindowRect(w, &r);
-    const int rows = DropRows(w, s);
-    const int count = static_cast<int>(s.items.size());
-    // The list opens with the selected item on its first row, as far as the items allow.
-    s.top = s.current < 0 ? 0 : std::clamp(s.current, 0, std::max(0, count - rows));
-    s.openedWith = s.current;
-    s.pressing = false;
-    s.dropped = true;
-    MoveWindow(s.dropList, r.left, r.bottom, r.right - r.left, rows * ItemHeight(w, s) + 2, FALSE);
-    ShowWindow(s.dropList, SW_SHOWNA);
-    PaintDropList(s.dropList);
-}
-
-// Closes the open list, taking the selection reached (CBN_SELENDOK) or cancelling
-// (CBN_SELENDCANCEL); either way the selection stays where it is.
-void CloseDropDown(HWND w, ControlState& s, bool take) {
-    if (!s.dropped) return;
-    s.dropped = false;
-    s.pressing = false;
-    ShowWindow(s.dropList, SW_HIDE);
-    Notify(w, take ? CBN_SELENDOK : CBN_SELENDCANCEL);
-    Notify(w, CBN_CLOSEUP);
-    Paint(w);
-}
-
-// The item a key steps to from `current`, or kNoStep for a key that does not step. A page
-// is the open list's rows less one, the row kept in view.
-int StepTarget(WPARAM key, int current, int count, int rows) {
-    const int page = std::max(rows - 1, 0);
-    int to = current;
-    switch (key) {
-        case VK_UP:
-        case VK_LEFT: to = current - 1; break;
-        case VK_DOWN:
-        case VK_RIGHT: to = current + 1; break;
-        case VK_PRIOR: to = current - page; break;
-        case VK_NEXT: to = current + page; break;
-        case VK_HOME: to = 0; break;
-        case VK_END: to = count - 1; break;
-        default: return kNoStep;
-    }
-    return std::clamp(to, 0, count - 1);
-}
-
-// The next item after `current`, round the end, whose first letter is `c` in either case.
-int NextStartingWith(const std::vector<std::wstring>& items, int current, wchar_t c) {
-    const int count = static_cast<int>(items.size());
-    const auto fold = [](wchar_t x) { return std::towlower(static_cast<wint_t>(x)); };
-    for (int i = 1; i <= count; ++i) {
-        const int j = ((current < 0 ? -1 : current) + i) % count;
-        const std::wstring& item = items[static_cast<size_t>(j)];
-        if (!item.empty() && fold(item[0]) == fold(c)) return j;
-    }
-    return -1;
-}
-
-LRESULT ComboKey(HWND w, ControlState& s, UINT message, WPARAM key) {
-    const bool alt = message == WM_SYSKEYDOWN || GetKeyState(VK_MENU) < 0;
-    if (key == VK_F4 || (alt && (key == VK_DOWN || key == VK_UP))) {
-        if (s.dropped) CloseDropDown(w, s, false);
-        else OpenDropDown(w, s);
-        return 0;
-    }
-    if (message == WM_SYSKEYDOWN) return kUnhandled;
-    if (s.dropped && (key == VK_RETURN || key == VK_ESCAPE)) {
-        CloseDropDown(w, s, key == VK_RETURN);
-        return 0;
-    }
-    const int count = static_cast<int>(s.items.size());
-    const int to = count ? StepTarget(key, s.current, count, DropRows(w, s)) : kNoStep;
-    if (to == kNoStep) return 0;
-    MoveSelection(w, s, to);
-    if (!s.dropped) Notify(w, CBN_SELENDOK);
-    Notify(w, CBN_SELCHANGE);
-    return 0;
-}
-
-// A typed letter selects the next item starting with it and takes it at once, closing an
-// open list; the change is told last.
-LRESULT ComboChar(HWND w, ControlState& s, WPARAM c) {
-    if (c < 0x20 || s.items.empty()) return 0;
-    const int found = NextStartingWith(s.items, s.current, static_cast<wchar_t>(c));
-    if (found < 0) return 0;
-    MoveSelection(w, s, found);
-    if (s.dropped) CloseDropDown(w, s, true);
-    else Notify(w, CBN_SELENDOK);
-    Notify(w, CBN_SELCHANGE);
-    return 0;
-}
-
-// The stylus in the open list: touching a row selects it at once, dragging follows it, and
-// lifting takes it (CBN_SELENDOK, CBN_CLOSEUP, then CBN_SELCHANGE). A touch outside the
-// list closes it as cancelled; lifting outside after touching a row also puts the
-// selection back where it was when the list opened.
-LRESULT ListTap(HWND combo, ControlState& s, HWND list, UINT message, LPARAM lParam) {
-    if (!s.dropped) return 0;
-    RECT r{};
-    GetClientRect(list, &r);
-    const POINT at{static_cast<short>(LOWORD(static_cast<DWORD_PTR>(lParam))),
-                   static_cast<short>(HIWORD(static_cast<DWORD_PTR>(lParam)))};
-    const bool inside = PtInRect(&r, at);
-    const int row = at.y >= 1 ? s.top + (at.y - 1) / ItemHeight(combo, s) : -1;
-    const bool onItem = inside && row >= 0 && row < static_cast<int>(s.items.size());
-    switch (message) {
-        case WM_LBUTTONDOWN:
-            if (!inside) {
-                CloseDropDown(combo, s, false);
-                return 0;
-            }
-            s.pressing = true;
-            if (onItem) MoveSelection(combo, s, row);
-            return 0;
-        case WM_MOUSEMOVE:
-            if (s.pressing && onItem) MoveSelection(combo, s, row);
-            return 0;
-        default:  // WM_LBUTTONUP
-            if (!s.pressing) return 0;
-            if (!inside) {
-                MoveSelection(combo, s, s.openedWith);
-                CloseDropDown(combo, s, false);
-                return 0;
-            }
-            CloseDropDown(combo, s, true);
-            // Deliberately told after the list has closed, as the system's list tells it.
-            Notify(combo, CBN_SELCHANGE);
-            return 0;
-    }
-}
-
-LRESULT CALLBACK DropListProc(HWND list, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_NCCREATE) {
-        const auto* create = reinterpret_cast<const CREATESTRUCTW*>(lParam);
-        SetWindowLongPtrW(list, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(create->lpCreateParams));
-        return DefWindowProcW(list, message, wParam, lParam);
-    }
-    HWND combo = ComboOf(list);
-    ControlState* s = combo ? StateOf(combo) : nullptr;
-    if (!s || s->dropList != list) return DefWindowProcW(list, message, wParam, lParam);
-    switch (message) {
-        case WM_PAINT: PaintDropList(list); return 0;
-        case WM_LBUTTONDOWN:
-        case WM_MOUSEMOVE:
-        case WM_LBUTTONUP: return ListTap(combo, *s, list, message, lParam);
-        case WM_NCDESTROY:
-            // Gone before its box: the box carries on without a list.
-            s->dropList = nullptr;
-            s->dropped = false;
-            return DefWindowProcW(list, message, wParam, lParam);
-        default: return DefWindowProcW(list, message, wParam, lParam);
-    }
-}
-
-// What only a combo box does; kUnhandled for what it shares with the list box.
-LRESULT ComboMessage(HWND w, ControlState& s, UINT message, WPARAM wParam, LPARAM lParam) {
-    switch (message) {
-        case WM_CREATE: {
-            const auto* create = reinterpret_cast<const CREATESTRUCTW*>(lParam);
-            s.droppedHeight = create ? create->cy : 0;
-            FitBox(w, s);
-            s.dropList = CreateWindowExW(0, kDropListClass, L"", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr, nullptr, w);
-            return s.dropList ? 0 : -1;
-        }
-        case WM_DESTROY:
-            s.dropped = false;
-            if (HWND list = std::exchange(s.dropList, nullptr)) DestroyWindow(list);
-            return kUnhandled;
-        case WM_GETDLGCODE: {
-            LRESULT code = DLGC_WANTARROWS | DLGC_WANTCHARS;
-            // Enter and Escape belong to an open list, not to the dialog.
-            const auto* m = reinterpret_cast<const MSG*>(lParam);
-            if (s.dropped && m && m->message == WM_KEYDOWN && (m->wParam == VK_RETURN || m->wParam == VK_ESCAPE))
-                code |= DLGC_WANTMESSAGE;
-            return code;
-        }
-        case CB_SHOWDROPDOWN:
-            if (wParam) OpenDropDown(w, s);
-            else CloseDropDown(w, s, false);
-            return TRUE;
-        case CB_GETDROPPEDSTATE: return s.dropped ? TRUE : FALSE;
-        case CB_GETITEMHEIGHT:
-            return static_cast<INT_PTR>(wParam) == -1 ? FieldHeight(w, s) : ItemHeight(w, s);
-        case CB_GETTOPINDEX: return s.top;
-        case WM_LBUTTONDOWN:
-            SetFocus(w);
-            // A tap on the box with its list open takes what the list shows.
-            if (s.dropped) CloseDropDown(w, s, true);
-            else OpenDropDown(w, s);
-            return 0;
-        case WM_SETFOCUS:
-            Paint(w);
-            Notify(w, CBN_SETFOCUS);
-            return 0;
-        case WM_KILLFOCUS:
-            // Deliberately cancelled even with the list closed, as the system's box tells it.
-            if (s.dropped) CloseDropDown(w, s, false);
-            else Notify(w, CBN_SELENDCANCEL);
-            Notify(w, CBN_KILLFOCUS);
-            Paint(w);
-            return 0;
-        case WM_KEYDOWN:
-        case WM_SYSKEYDOWN: return ComboKey(w, s, message, wParam);
-        case WM_CHAR: return ComboChar(w, s, wParam);
-        default: return kUnhandled;
-    }
 }
 
 LRESULT ListMessage(HWND w, ControlState& s, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -880,9 +544,12 @@ LRESULT CALLBACK Proc(HWND w, UINT message, WPARAM wParam, LPARAM lParam) {
 
 }  // namespace
 
+}  // namespace kiv_win32::controls
+
 namespace kiv_win32 {
 
 void RegisterStandardControls() {
+    using namespace controls;
     const struct {
         const wchar_t* name;
         WNDPROC proc;
