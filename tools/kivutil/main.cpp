@@ -78,7 +78,9 @@ int main(int argc, char** argv) {
         argv = utf8Argv.data();
     }
 #endif
-    CLI::App app{"kivutil: convert and parse survey values, inspect settings, history and vector files"};
+    // Named, not taken from how it was started, so that its help reads the same from any
+    // folder and on every host.
+    CLI::App app{"kivutil: convert and parse survey values, inspect settings, history and vector files", "kivutil"};
     app.require_subcommand(1);
     // Options are spelled "-x" and "--name" on every host: a word that begins with '/' is
     // a host path, never an option, so a command reads the same everywhere. Set before

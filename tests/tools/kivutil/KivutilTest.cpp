@@ -56,7 +56,10 @@ TEST(KivutilArguments, WhatTheParserRefusesIsOneLineNamingWhatIsAccepted) {
         EXPECT_EQ(std::count(run.out.begin(), run.out.end(), '\n'), 1) << run.out;
         EXPECT_NE(run.out.find(c.says), std::string::npos) << run.out;
     }
-    EXPECT_EQ(Kivutil("--help").status, 0);
+    const ToolRun help = Kivutil("--help");
+    EXPECT_EQ(help.status, 0);
+    EXPECT_NE(help.out.find("\nUsage: kivutil [OPTIONS] SUBCOMMAND\n"), std::string::npos)
+        << "the usage names the tool, not the path it was started by: " << help.out;
 }
 
 TEST(KivutilArguments, AWordBeginningWithASlashIsAPathOnEveryHost) {
