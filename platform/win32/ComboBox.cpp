@@ -30,15 +30,21 @@ constexpr int kNoStep = -2;
 
 HWND ComboOf(HWND list) { return reinterpret_cast<HWND>(GetWindowLongPtrW(list, GWLP_USERDATA)); }
 
-int ItemHeight(HWND w, const ControlState& s) { return FontHeight(w, s); }
-int FieldHeight(HWND w, const ControlState& s) { return ItemHeight(w, s) + 4; }
-int BoxHeight(HWND w, const ControlState& s) { return FieldHeight(w, s) + 4; }
+int FieldHeight(const ControlState& s) { return s.itemHeight + 4; }
+int BoxHeight(const ControlState& s) { return FieldHeight(s) + 4; }
 
 // The rows the open list shows: as many whole rows as the room under the box holds (its
 // frame takes a pixel at either edge), no more than there are items.
-int DropRows(HWND w, const ControlState& s) {
-    const int room = (s.droppedHeight - BoxHeight(w, s) - 2) / ItemHeight(w, s);
+int DropRows(const ControlState& s) {
+    const int room = (s.droppedHeight - BoxHeight(s) - 2) / s.itemHeight;
     return std::clamp(room, 0, static_cast<int>(s.items.size()));
+}
+
+// Moves the selection as a step of the keys or the stylus, scrolling an open list to keep
+// it in view; the caller tells the owner.
+void MoveSelection(HWND w, ControlState& s, int index) {
+    Select(w, s, index, false);
+    ScrollIntoView(s);
 }
 
 void OpenDropDown(HWND w, ControlState& s) {
@@ -47,14 +53,14 @@ void OpenDropDown(HWND w, ControlState& s) {
     Notify(w, CBN_DROPDOWN);
     RECT r{};
     GetWindowRect(w, &r);
-    const int rows = DropRows(w, s);
+    const int rows = DropRows(s);
     const int count = static_cast<int>(s.items.size());
     // The list opens with the selected item on its first row, as far as the items allow.
     s.top = s.current < 0 ? 0 : std::clamp(s.current, 0, std::max(0, count - rows));
     s.openedWith = s.current;
     s.pressing = false;
     s.dropped = true;
-    MoveWindow(s.dropList, r.left, r.bottom, r.right - r.left, rows * ItemHeight(w, s) + 2, FALSE);
+    MoveWindow(s.dropList, r.left, r.bottom, r.right - r.left, rows * s.itemHeight + 2, FALSE);
     ShowWindow(s.dropList, SW_SHOWNA);
     PaintDropList(s.dropList);
 }
@@ -115,7 +121,7 @@ LRESULT ComboKey(HWND w, ControlState& s, UINT message, WPARAM key) {
         return 0;
     }
     const int count = static_cast<int>(s.items.size());
-    const int to = count ? StepTarget(key, s.current, count, DropRows(w, s)) : kNoStep;
+    const int to = count ? StepTarget(key, s.current, count, DropRows(s)) : kNoStep;
     if (to == kNoStep) return 0;
     MoveSelection(w, s, to);
     if (!s.dropped) Notify(w, CBN_SELENDOK);
@@ -147,7 +153,7 @@ LRESULT ListTap(HWND combo, ControlState& s, HWND list, UINT message, LPARAM lPa
     const POINT at{static_cast<short>(LOWORD(static_cast<DWORD_PTR>(lParam))),
                    static_cast<short>(HIWORD(static_cast<DWORD_PTR>(lParam)))};
     const bool inside = PtInRect(&r, at);
-    const int row = at.y >= 1 ? s.top + (at.y - 1) / ItemHeight(combo, s) : -1;
+    const int row = at.y >= 1 ? s.top + (at.y - 1) / s.itemHeight : -1;
     const bool onItem = inside && row >= 0 && row < static_cast<int>(s.items.size());
     switch (message) {
         case WM_LBUTTONDOWN:
@@ -198,12 +204,13 @@ void PaintCombo(HWND w, HDC dc, const RECT& r, ControlState& s) {
     }
 }
 
-void FitBox(HWND w, const ControlState& s) {
+void FitBox(HWND w, ControlState& s) {
+    s.itemHeight = FontHeight(w, s);
     RECT r{};
     GetWindowRect(w, &r);
     POINT at{r.left, r.top};
     if (HWND parent = GetParent(w)) ScreenToClient(parent, &at);
-    MoveWindow(w, at.x, at.y, r.right - r.left, BoxHeight(w, s), TRUE);
+    MoveWindow(w, at.x, at.y, r.right - r.left, BoxHeight(s), TRUE);
 }
 
 void PaintDropList(HWND list) {
@@ -215,18 +222,17 @@ void PaintDropList(HWND list) {
     GetClientRect(list, &r);
     HGDIOBJ oldFont = SelectObject(dc, s->font ? s->font : kiv_win32::DefaultControlFont());
     SetBkMode(dc, TRANSPARENT);
-    const int h = ItemHeight(combo, *s);
+    const int h = s->itemHeight;
     PaintRows(dc, r, s->items, s->current, RowLayout{s->top, (r.bottom - 2) / h, h, 1},
               GetSysColor(COLOR_WINDOWFRAME), 1);
     SelectObject(dc, oldFont);
     ReleaseDC(list, dc);
 }
 
-void MoveSelection(HWND w, ControlState& s, int index) {
-    Select(w, s, index, false);
-    const int rows = DropRows(w, s);
-    if (index >= 0 && index < s.top) s.top = index;
-    else if (rows > 0 && index >= s.top + rows) s.top = index - rows + 1;
+void ScrollIntoView(ControlState& s) {
+    const int rows = DropRows(s);
+    if (s.current >= 0 && s.current < s.top) s.top = s.current;
+    else if (rows > 0 && s.current >= s.top + rows) s.top = s.current - rows + 1;
     if (s.dropped) PaintDropList(s.dropList);
 }
 
@@ -280,7 +286,7 @@ LRESULT ComboMessage(HWND w, ControlState& s, UINT message, WPARAM wParam, LPARA
             return TRUE;
         case CB_GETDROPPEDSTATE: return s.dropped ? TRUE : FALSE;
         case CB_GETITEMHEIGHT:
-            return static_cast<INT_PTR>(wParam) == -1 ? FieldHeight(w, s) : ItemHeight(w, s);
+            return static_cast<INT_PTR>(wParam) == -1 ? FieldHeight(s) : s.itemHeight;
         case CB_GETTOPINDEX: return s.top;
         case WM_LBUTTONDOWN:
             SetFocus(w);

@@ -41,6 +41,7 @@ struct ControlState {
     int openedWith = -1;
     bool pressing = false;
     int droppedHeight = 0;
+    int itemHeight = 0;  // a row in the box's font, measured by FitBox
 };
 
 inline ControlState* StateOf(HWND w) { return reinterpret_cast<ControlState*>(GetWindowLongPtrW(w, GWLP_USERDATA)); }
@@ -80,11 +81,11 @@ LRESULT CALLBACK DropListProc(HWND list, UINT message, WPARAM wParam, LPARAM lPa
 LRESULT ComboMessage(HWND w, ControlState& s, UINT message, WPARAM wParam, LPARAM lParam);
 void PaintCombo(HWND w, HDC dc, const RECT& r, ControlState& s);
 void PaintDropList(HWND list);
-// Moves the selection as a step of the keys or the stylus, scrolling an open list to keep
-// it in view; the caller tells the owner.
-void MoveSelection(HWND w, ControlState& s, int index);
-// The box takes its selection field's height, keeping its place and width.
-void FitBox(HWND w, const ControlState& s);
+// Scrolls an open list so that the selected item is in view.
+void ScrollIntoView(ControlState& s);
+// Measures a row of the box's font and gives the box its selection field's height,
+// keeping its place and width; done again whenever the font changes.
+void FitBox(HWND w, ControlState& s);
 
 }  // namespace kiv_win32::controls
 

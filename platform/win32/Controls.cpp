@@ -457,7 +457,7 @@ LRESULT ListMessage(HWND w, ControlState& s, UINT message, WPARAM wParam, LPARAM
         case CB_SETCURSEL: {
             const int index = static_cast<int>(static_cast<INT_PTR>(wParam));
             if (!select(index, false)) return err;
-            if (combo) MoveSelection(w, s, index);  // an open list scrolls to it
+            if (combo) ScrollIntoView(s);  // an open list scrolls to it
             return s.current;
         }
         case LB_GETCURSEL:

@@ -405,7 +405,7 @@ void FreeUp(HWND handle) {
     if (auto a = t.active.find(gone->thread); a != t.active.end() && a->second == handle) t.active.erase(a);
 }
 
-// The windows owned by the window or by any of its children (a control's drop-down list).
+// The windows owned by the window or by any of its children.
 void CollectOwned(HWND handle, std::vector<HWND>& owned) {
     for (HWND child : ChildrenOf(handle, &owned)) CollectOwned(child, owned);
 }
